@@ -1,0 +1,34 @@
+#!/usr/bin/env bash
+# Installs every Debian package that building, testing and running Orvantis needs.
+# Idempotent: packages already present are left as they are.
+set -euo pipefail
+
+packages=(
+  # toolchain
+  build-essential cmake ninja-build pkg-config git
+  # core libraries
+  libicu-dev nlohmann-json3-dev libplist-dev libcld2-dev libssl-dev libsystemd-dev
+  # tests and benchmarks
+  libgtest-dev libgmock-dev libbenchmark-dev
+  # user interface
+  qt6-base-dev qt6-qpa-plugins libqt6svg6 qt6-svg-dev fonts-dejavu-core
+  # desktop backends
+  libx11-dev libx11-xcb-dev libxi-dev libxtst-dev libxfixes-dev libxkbfile-dev
+  libxkbcommon-dev libxkbcommon-x11-dev libxkbregistry-dev libatspi2.0-dev at-spi2-core
+  # the virtual desktop of the end-to-end tests and of the headless run
+  xvfb xauth x11-xkb-utils x11-utils x11-apps xdotool xclip xterm trayer imagemagick
+  dbus-daemon dbus-bin procps
+)
+
+missing=()
+for p in "${packages[@]}"; do
+  dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q 'install ok installed' || missing+=("$p")
+done
+
+if ((${#missing[@]})); then
+  sudo=""
+  [ "$(id -u)" -eq 0 ] || sudo="sudo"
+  export DEBIAN_FRONTEND=noninteractive
+  $sudo apt-get update -qq
+  $sudo apt-get install -y -qq --no-install-recommends "${missing[@]}"
+fi
