@@ -1,0 +1,626 @@
+#include "core/settings/preference_store.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <charconv>
+#include <cstring>
+#include <ctime>
+
+#include <plist/plist.h>
+
+#include "core/log/app_logger.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace orvantis {
+namespace {
+
+// A preference file larger than this is not read: no honest settings file comes near it.
+constexpr std::size_t kMaxFileSize = 64u * 1024u * 1024u;
+
+struct PlistDeleter {
+    void operator()(plist_t node) const {
+        if (node != nullptr) plist_free(node);
+    }
+};
+using PlistPtr = std::unique_ptr<void, PlistDeleter>;
+
+/// Closes a descriptor when it goes out of scope.
+class FileDescriptor {
+public:
+    explicit FileDescriptor(int fd) : fd_(fd) {}
+    ~FileDescriptor() {
+        if (fd_ >= 0) ::close(fd_);
+    }
+    FileDescriptor(const FileDescriptor&) = delete;
+    FileDescriptor& operator=(const FileDescriptor&) = delete;
+    int get() const { return fd_; }
+    bool valid() const { return fd_ >= 0; }
+
+private:
+    int fd_;
+};
+
+std::string errnoText(int error) { return std::strerror(error); }
+
+struct FileRead {
+    enum class Status { Absent, Read, Failed } status = Status::Absent;
+    std::string bytes;
+    struct stat info {};
+    int error = 0;
+};
+
+FileRead readWholeFile(const std::filesystem::path& path) {
+    FileRead result;
+    FileDescriptor fd(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    if (!fd.valid()) {
+        result.error = errno;
+        result.status = errno == ENOENT ? FileRead::Status::Absent : FileRead::Status::Failed;
+        return result;
+    }
+    if (::fstat(fd.get(), &result.info) != 0 || !S_ISREG(result.info.st_mode) ||
+        static_cast<std::size_t>(result.info.st_size) > kMaxFileSize) {
+        result.error = errno != 0 ? errno : EFBIG;
+        result.status = FileRead::Status::Failed;
+        return result;
+    }
+    result.bytes.resize(static_cast<std::size_t>(result.info.st_size));
+    std::size_t done = 0;
+    while (done < result.bytes.size()) {
+        const ssize_t n = ::read(fd.get(), result.bytes.data() + done, result.bytes.size() - done);
+        if (n < 0 && errno == EINTR) continue;
+        if (n <= 0) break;
+        done += static_cast<std::size_t>(n);
+    }
+    result.bytes.resize(done);
+    result.status = FileRead::Status::Read;
+    return result;
+}
+
+bool writeAll(int fd, std::string_view bytes) {
+    while (!bytes.empty()) {
+        const ssize_t n = ::write(fd, bytes.data(), bytes.size());
+        if (n < 0 && errno == EINTR) continue;
+        if (n <= 0) return false;
+        bytes.remove_prefix(static_cast<std::size_t>(n));
+    }
+    return true;
+}
+
+std::optional<PreferenceValue> valueFromNode(plist_t node) {
+    switch (plist_get_node_type(node)) {
+        case PLIST_BOOLEAN: {
+            std::uint8_t v = 0;
+            plist_get_bool_val(node, &v);
+            return PreferenceValue(v != 0);
+        }
+        case PLIST_UINT: {
+            std::uint64_t v = 0;
+            plist_get_uint_val(node, &v);
+            return PreferenceValue(static_cast<std::int64_t>(v));
+        }
+        case PLIST_REAL: {
+            double v = 0;
+            plist_get_real_val(node, &v);
+            return PreferenceValue(v);
+        }
+        case PLIST_STRING: {
+            char* s = nullptr;
+            plist_get_string_val(node, &s);
+            std::string value = s != nullptr ? s : "";
+            std::free(s);
+            return PreferenceValue(std::move(value));
+        }
+        case PLIST_DATA: {
+            char* d = nullptr;
+            std::uint64_t length = 0;
+            plist_get_data_val(node, &d, &length);
+            PreferenceData data{d != nullptr ? std::string(d, static_cast<std::size_t>(length)) : std::string()};
+            std::free(d);
+            return PreferenceValue(std::move(data));
+        }
+        case PLIST_ARRAY: {
+            std::vector<std::string> items;
+            const std::uint32_t count = plist_array_get_size(node);
+            for (std::uint32_t i = 0; i < count; ++i) {
+                plist_t item = plist_array_get_item(node, i);
+                if (plist_get_node_type(item) != PLIST_STRING) return std::nullopt;
+                char* s = nullptr;
+                plist_get_string_val(item, &s);
+                items.emplace_back(s != nullptr ? s : "");
+                std::free(s);
+            }
+            return PreferenceValue(std::move(items));
+        }
+        default:
+            return std::nullopt;
+    }
+}
+
+plist_t nodeFromValue(const PreferenceValue& value) {
+    return std::visit(
+        [](const auto& v) -> plist_t {
+            using T = std::decay_t<decltype(v)>;
+            if constexpr (std::is_same_v<T, bool>) {
+                return plist_new_bool(v ? 1 : 0);
+            } else if constexpr (std::is_same_v<T, std::int64_t>) {
+                return plist_new_uint(static_cast<std::uint64_t>(v));
+            } else if constexpr (std::is_same_v<T, double>) {
+                return plist_new_real(v);
+            } else if constexpr (std::is_same_v<T, std::string>) {
+                return plist_new_string(v.c_str());
+            } else if constexpr (std::is_same_v<T, std::vector<std::string>>) {
+                plist_t array = plist_new_array();
+                for (const auto& item : v) plist_array_append_item(array, plist_new_string(item.c_str()));
+                return array;
+            } else {
+                return plist_new_data(v.bytes.data(), v.bytes.size());
+            }
+        },
+        value);
+}
+
+// A property list string cannot hold NUL; cut at the first one rather than fail.
+PreferenceValue withoutNul(PreferenceValue value) {
+    if (auto* s = std::get_if<std::string>(&value)) {
+        if (auto pos = s->find('\0'); pos != std::string::npos) s->resize(pos);
+    } else if (auto* list = std::get_if<std::vector<std::string>>(&value)) {
+        for (auto& item : *list)
+            if (auto pos = item.find('\0'); pos != std::string::npos) item.resize(pos);
+    }
+    return value;
+}
+
+std::string timestampForFileName(std::time_t now) {
+    std::tm tm{};
+    localtime_r(&now, &tm);
+    char buffer[32];
+    std::strftime(buffer, sizeof buffer, "%Y%m%d-%H%M%S", &tm);
+    return buffer;
+}
+
+std::int64_t parseLeadingInteger(std::string_view text) {
+    while (!text.empty() && (text.front() == ' ' || text.front() == '\t')) text.remove_prefix(1);
+    if (!text.empty() && text.front() == '+') text.remove_prefix(1);
+    std::int64_t value = 0;
+    auto [ptr, ec] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (ec == std::errc::result_out_of_range) {
+        return !text.empty() && text.front() == '-' ? INT64_MIN : INT64_MAX;
+    }
+    return ec == std::errc() ? value : 0;
+}
+
+std::int64_t truncateReal(double v) {
+    if (!(v == v)) return 0;  // NaN
+    if (v >= 9.2e18) return INT64_MAX;
+    if (v <= -9.2e18) return INT64_MIN;
+    return static_cast<std::int64_t>(v);
+}
+
+}  // namespace
+
+PreferenceStore::PreferenceStore(std::filesystem::path file, platform::SerialQueue& writer, AppLog* log)
+    : file_(std::move(file)), writer_(writer), log_(log) {
+    loadInitial();
+}
+
+PreferenceStore::~PreferenceStore() {
+    watchTimer_.cancel();
+    *alive_ = false;
+    flush();
+}
+
+std::optional<std::map<std::string, PreferenceValue>> PreferenceStore::parsePropertyList(std::string_view bytes) {
+    if (bytes.empty() || bytes.size() > kMaxFileSize) return std::nullopt;
+    plist_t raw = nullptr;
+    plist_from_memory(bytes.data(), static_cast<std::uint32_t>(bytes.size()), &raw);
+    PlistPtr root(raw);
+    if (!root || plist_get_node_type(root.get()) != PLIST_DICT) return std::nullopt;
+    std::map<std::string, PreferenceValue> values;
+    plist_dict_iter iter = nullptr;
+    plist_dict_new_iter(root.get(), &iter);
+    for (;;) {
+        char* key = nullptr;
+        plist_t node = nullptr;
+        plist_dict_next_item(root.get(), iter, &key, &node);
+        if (node == nullptr) {
+            std::free(key);
+            break;
+        }
+        if (key != nullptr) {
+            if (auto value = valueFromNode(node)) values.emplace(key, std::move(*value));
+        }
+        std::free(key);
+    }
+    std::free(iter);
+    return values;
+}
+
+std::string PreferenceStore::serializePropertyList(const std::map<std::string, PreferenceValue>& values) {
+    PlistPtr root(plist_new_dict());
+    for (const auto& [key, value] : values) plist_dict_set_item(root.get(), key.c_str(), nodeFromValue(value));
+    char* xml = nullptr;
+    std::uint32_t length = 0;
+    plist_to_xml(root.get(), &xml, &length);
+    std::string out = xml != nullptr ? std::string(xml, length) : std::string();
+    plist_to_xml_free(xml);
+    return out;
+}
+
+void PreferenceStore::logError(const std::string& message) const {
+    if (log_ != nullptr) log_->app.error(message);
+}
+
+std::filesystem::path PreferenceStore::setAside(const std::filesystem::path& bad) {
+    const std::string base = bad.string() + ".corrupt-" + timestampForFileName(std::time(nullptr));
+    std::filesystem::path target = base;
+    for (int n = 1; std::filesystem::exists(target) && n < 1000; ++n) target = base + "-" + std::to_string(n);
+    std::error_code ec;
+    std::filesystem::rename(bad, target, ec);
+    if (ec) {
+        // Could not move it: copy it instead, so the bad file is kept before it is replaced.
+        std::filesystem::copy_file(bad, target, ec);
+        if (ec) return {};
+    }
+    return target;
+}
+
+void PreferenceStore::loadInitial() {
+    FileRead read = readWholeFile(file_);
+    if (read.status == FileRead::Status::Absent) return;
+    if (read.status == FileRead::Status::Failed) {
+        logError("settings: cannot read " + file_.string() + " (" + errnoText(read.error) +
+                 "); using defaults until it can be read");
+        return;
+    }
+    auto values = parsePropertyList(read.bytes);
+    if (!values) {
+        const auto kept = setAside(file_);
+        logError("settings: " + file_.string() + " is not a valid property list; kept it as " +
+                 (kept.empty() ? std::string("(could not be moved)") : kept.filename().string()) +
+                 " and started from defaults");
+        return;
+    }
+    std::lock_guard lock(mutex_);
+    for (auto& [key, value] : *values) stored_.insert_or_assign(key, std::move(value));
+    lastKnown_ = FileSignature{static_cast<std::uint64_t>(read.info.st_dev), static_cast<std::uint64_t>(read.info.st_ino),
+                               static_cast<std::uint64_t>(read.info.st_size),
+                               static_cast<std::int64_t>(read.info.st_mtim.tv_sec) * 1000000000 + read.info.st_mtim.tv_nsec};
+}
+
+void PreferenceStore::registerDefaults(const std::map<std::string, PreferenceValue>& defaults) {
+    std::lock_guard lock(mutex_);
+    for (const auto& [key, value] : defaults) registered_.insert_or_assign(key, value);
+}
+
+const PreferenceValue* PreferenceStore::lookupLocked(std::string_view key) const {
+    if (auto it = stored_.find(key); it != stored_.end()) return &it->second;
+    if (auto it = registered_.find(key); it != registered_.end()) return &it->second;
+    return nullptr;
+}
+
+std::optional<PreferenceValue> PreferenceStore::object(std::string_view key) const {
+    std::lock_guard lock(mutex_);
+    if (const auto* value = lookupLocked(key)) return *value;
+    return std::nullopt;
+}
+
+bool PreferenceStore::contains(std::string_view key) const {
+    std::lock_guard lock(mutex_);
+    return lookupLocked(key) != nullptr;
+}
+
+bool PreferenceStore::hasStoredValue(std::string_view key) const {
+    std::lock_guard lock(mutex_);
+    return stored_.find(key) != stored_.end();
+}
+
+bool PreferenceStore::boolForKey(std::string_view key) const {
+    std::lock_guard lock(mutex_);
+    const auto* value = lookupLocked(key);
+    if (value == nullptr) return false;
+    if (const auto* b = std::get_if<bool>(value)) return *b;
+    if (const auto* i = std::get_if<std::int64_t>(value)) return *i != 0;
+    if (const auto* d = std::get_if<double>(value)) return *d != 0.0;
+    if (const auto* s = std::get_if<std::string>(value)) {
+        std::string lower;
+        for (char c : *s) lower.push_back(static_cast<char>(c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c));
+        if (lower == "true" || lower == "yes") return true;
+        return parseLeadingInteger(lower) != 0;
+    }
+    return false;
+}
+
+std::int64_t PreferenceStore::integerForKey(std::string_view key) const {
+    std::lock_guard lock(mutex_);
+    const auto* value = lookupLocked(key);
+    if (value == nullptr) return 0;
+    if (const auto* i = std::get_if<std::int64_t>(value)) return *i;
+    if (const auto* b = std::get_if<bool>(value)) return *b ? 1 : 0;
+    if (const auto* d = std::get_if<double>(value)) return truncateReal(*d);
+    if (const auto* s = std::get_if<std::string>(value)) return parseLeadingInteger(*s);
+    return 0;
+}
+
+std::optional<std::string> PreferenceStore::stringForKey(std::string_view key) const {
+    std::lock_guard lock(mutex_);
+    const auto* value = lookupLocked(key);
+    if (value == nullptr) return std::nullopt;
+    if (const auto* s = std::get_if<std::string>(value)) return *s;
+    if (const auto* i = std::get_if<std::int64_t>(value)) return std::to_string(*i);
+    if (const auto* b = std::get_if<bool>(value)) return std::string(*b ? "1" : "0");
+    if (const auto* d = std::get_if<double>(value)) {
+        char buffer[64];
+        auto [ptr, ec] = std::to_chars(buffer, buffer + sizeof buffer, *d);
+        return std::string(buffer, ec == std::errc() ? ptr : buffer);
+    }
+    return std::nullopt;
+}
+
+std::optional<std::vector<std::string>> PreferenceStore::stringArrayForKey(std::string_view key) const {
+    std::lock_guard lock(mutex_);
+    const auto* value = lookupLocked(key);
+    if (value == nullptr) return std::nullopt;
+    if (const auto* list = std::get_if<std::vector<std::string>>(value)) return *list;
+    return std::nullopt;
+}
+
+std::optional<std::string> PreferenceStore::dataForKey(std::string_view key) const {
+    std::lock_guard lock(mutex_);
+    const auto* value = lookupLocked(key);
+    if (value == nullptr) return std::nullopt;
+    if (const auto* data = std::get_if<PreferenceData>(value)) return data->bytes;
+    if (const auto* s = std::get_if<std::string>(value)) return *s;
+    return std::nullopt;
+}
+
+void PreferenceStore::markDirtyLocked(std::string_view key, std::optional<PreferenceValue> value) {
+    pending_.insert_or_assign(std::string(key), std::move(value));
+    if (!writeScheduled_) {
+        writeScheduled_ = true;
+        writer_.async([this] { writePending(); });
+    }
+}
+
+void PreferenceStore::set(std::string_view key, PreferenceValue value) {
+    value = withoutNul(std::move(value));
+    {
+        std::lock_guard lock(mutex_);
+        if (auto it = stored_.find(key); it != stored_.end()) {
+            it->second = value;
+        } else {
+            stored_.emplace(std::string(key), value);
+        }
+        markDirtyLocked(key, std::move(value));
+    }
+    if (!changed_.empty()) announce({std::string(key)}, false);
+}
+
+void PreferenceStore::remove(std::string_view key) {
+    {
+        std::lock_guard lock(mutex_);
+        if (auto it = stored_.find(key); it != stored_.end()) stored_.erase(it);
+        markDirtyLocked(key, std::nullopt);
+    }
+    if (!changed_.empty()) announce({std::string(key)}, false);
+}
+
+Subscription PreferenceStore::onChange(std::function<void(const std::vector<std::string>& keys)> callback) {
+    return changed_.add(std::move(callback));
+}
+
+void PreferenceStore::announce(std::vector<std::string> keys, bool fromDisk) {
+    if (keys.empty()) return;
+    platform::MainLoop* loop = nullptr;
+    if (fromDisk) {
+        std::lock_guard lock(mutex_);
+        loop = loop_;
+    }
+    if (loop != nullptr) {
+        loop->post([this, alive = std::weak_ptr<bool>(alive_), keys = std::move(keys)] {
+            if (auto flag = alive.lock(); flag && *flag) changed_.notify(keys);
+        });
+    } else {
+        changed_.notify(keys);
+    }
+}
+
+void PreferenceStore::flush() {
+    writer_.sync([] {});
+}
+
+std::vector<std::string> PreferenceStore::mergeFromDiskLocked(const std::map<std::string, PreferenceValue>& disk) {
+    std::vector<std::string> changed;
+    for (const auto& [key, value] : disk) {
+        if (pending_.count(key) != 0) continue;  // our own newer change wins
+        auto it = stored_.find(key);
+        if (it == stored_.end()) {
+            stored_.emplace(key, value);
+            changed.push_back(key);
+        } else if (!(it->second == value)) {
+            it->second = value;
+            changed.push_back(key);
+        }
+    }
+    for (auto it = stored_.begin(); it != stored_.end();) {
+        if (disk.count(it->first) == 0 && pending_.count(it->first) == 0) {
+            changed.push_back(it->first);
+            it = stored_.erase(it);
+        } else {
+            ++it;
+        }
+    }
+    ++generation_;
+    std::sort(changed.begin(), changed.end());
+    return changed;
+}
+
+void PreferenceStore::writePending() {
+    PendingChanges changes;
+    {
+        std::lock_guard lock(mutex_);
+        changes.swap(pending_);
+        writeScheduled_ = false;
+    }
+    if (changes.empty()) return;
+
+    auto restorePending = [&] {
+        std::lock_guard lock(mutex_);
+        for (auto& [key, value] : changes) pending_.try_emplace(key, std::move(value));
+    };
+
+    const auto directory = file_.parent_path();
+    std::error_code ec;
+    std::filesystem::create_directories(directory, ec);
+    const std::string lockPath = file_.string() + ".lock";
+    FileDescriptor lockFd(::open(lockPath.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
+    if (!lockFd.valid()) {
+        logError("settings: cannot write " + file_.string() + ": " + errnoText(errno));
+        restorePending();
+        return;
+    }
+    while (::flock(lockFd.get(), LOCK_EX) != 0 && errno == EINTR) {
+    }
+
+    // Start from what is on disk now, so that keys written by other processes stay.
+    std::map<std::string, PreferenceValue> disk;
+    bool diskReadable = true;
+    FileRead read = readWholeFile(file_);
+    PlistPtr root;
+    if (read.status == FileRead::Status::Read) {
+        plist_t raw = nullptr;
+        if (!read.bytes.empty() && read.bytes.size() <= kMaxFileSize)
+            plist_from_memory(read.bytes.data(), static_cast<std::uint32_t>(read.bytes.size()), &raw);
+        root.reset(raw);
+        if (!root || plist_get_node_type(root.get()) != PLIST_DICT) {
+            root.reset();
+            diskReadable = false;
+            const auto kept = setAside(file_);
+            logError("settings: " + file_.string() + " is not a valid property list; kept it as " +
+                     (kept.empty() ? std::string("(could not be moved)") : kept.filename().string()) +
+                     " and wrote the settings in memory");
+        }
+    } else if (read.status == FileRead::Status::Failed) {
+        logError("settings: cannot read " + file_.string() + " (" + errnoText(read.error) +
+                 "); not writing, to keep what is there");
+        restorePending();
+        return;
+    }
+    if (!root) root.reset(plist_new_dict());
+    if (!diskReadable) {
+        // The file was damaged: write everything this process holds.
+        std::lock_guard lock(mutex_);
+        for (const auto& [key, value] : stored_) plist_dict_set_item(root.get(), key.c_str(), nodeFromValue(value));
+    }
+    for (const auto& [key, value] : changes) {
+        if (value) {
+            plist_dict_set_item(root.get(), key.c_str(), nodeFromValue(*value));
+        } else if (plist_dict_get_item(root.get(), key.c_str()) != nullptr) {
+            plist_dict_remove_item(root.get(), key.c_str());
+        }
+    }
+
+    char* xml = nullptr;
+    std::uint32_t length = 0;
+    plist_to_xml(root.get(), &xml, &length);
+    const std::string bytes = xml != nullptr ? std::string(xml, length) : std::string();
+    plist_to_xml_free(xml);
+    if (auto parsed = parsePropertyList(bytes)) disk = std::move(*parsed);
+
+    const std::string temporary = file_.string() + ".tmp-" + std::to_string(::getpid());
+    bool written = false;
+    {
+        FileDescriptor out(::open(temporary.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600));
+        written = out.valid() && !bytes.empty() && writeAll(out.get(), bytes) && ::fsync(out.get()) == 0;
+    }
+    if (written && ::rename(temporary.c_str(), file_.c_str()) == 0) {
+        FileDescriptor dir(::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+        if (dir.valid()) ::fsync(dir.get());
+    } else {
+        const int error = errno;
+        ::unlink(temporary.c_str());
+        logError("settings: cannot write " + file_.string() + ": " + errnoText(error));
+        restorePending();
+        return;
+    }
+
+    struct stat info {};
+    const bool statted = ::stat(file_.c_str(), &info) == 0;
+    std::vector<std::string> changedByOthers;
+    {
+        std::lock_guard lock(mutex_);
+        if (statted)
+            lastKnown_ = FileSignature{static_cast<std::uint64_t>(info.st_dev), static_cast<std::uint64_t>(info.st_ino),
+                                       static_cast<std::uint64_t>(info.st_size),
+                                       static_cast<std::int64_t>(info.st_mtim.tv_sec) * 1000000000 + info.st_mtim.tv_nsec};
+        changedByOthers = mergeFromDiskLocked(disk);
+    }
+    // Release the lock before anyone is told, so that callbacks can never hold it up.
+    ::flock(lockFd.get(), LOCK_UN);
+    announce(std::move(changedByOthers), true);
+}
+
+void PreferenceStore::startWatching(platform::MainLoop& loop, platform::Duration interval) {
+    {
+        std::lock_guard lock(mutex_);
+        loop_ = &loop;
+    }
+    watchTimer_ = loop.every(interval, [this] { checkForExternalChanges(); });
+}
+
+void PreferenceStore::checkForExternalChanges() {
+    struct stat info {};
+    std::optional<FileSignature> now;
+    if (::stat(file_.c_str(), &info) == 0)
+        now = FileSignature{static_cast<std::uint64_t>(info.st_dev), static_cast<std::uint64_t>(info.st_ino),
+                            static_cast<std::uint64_t>(info.st_size),
+                            static_cast<std::int64_t>(info.st_mtim.tv_sec) * 1000000000 + info.st_mtim.tv_nsec};
+    std::uint64_t generation = 0;
+    {
+        std::lock_guard lock(mutex_);
+        if (now == lastKnown_) return;
+        generation = generation_;
+    }
+    std::map<std::string, PreferenceValue> disk;
+    std::optional<FileSignature> seen;
+    if (now) {
+        FileRead read = readWholeFile(file_);
+        if (read.status == FileRead::Status::Read) {
+            seen = FileSignature{static_cast<std::uint64_t>(read.info.st_dev),
+                                 static_cast<std::uint64_t>(read.info.st_ino),
+                                 static_cast<std::uint64_t>(read.info.st_size),
+                                 static_cast<std::int64_t>(read.info.st_mtim.tv_sec) * 1000000000 +
+                                     read.info.st_mtim.tv_nsec};
+            auto parsed = parsePropertyList(read.bytes);
+            if (!parsed) {
+                // Another process left a damaged file: keep what is in memory; the next write
+                // sets the file aside and replaces it.
+                std::lock_guard lock(mutex_);
+                lastKnown_ = seen;
+                logError("settings: " + file_.string() + " was replaced by a file that is not a valid property list");
+                return;
+            }
+            disk = std::move(*parsed);
+        } else if (read.status == FileRead::Status::Failed) {
+            return;
+        }
+    }
+    std::vector<std::string> changed;
+    {
+        std::lock_guard lock(mutex_);
+        if (generation != generation_) return;  // a write of ours merged a newer file meanwhile
+        lastKnown_ = seen;
+        changed = mergeFromDiskLocked(disk);
+    }
+    if (!changed.empty()) changed_.notify(changed);
+}
+
+std::map<std::string, PreferenceValue> PreferenceStore::storedValues() const {
+    std::lock_guard lock(mutex_);
+    return {stored_.begin(), stored_.end()};
+}
+
+}  // namespace orvantis

@@ -1,0 +1,50 @@
+#include "platform/sim/pasteboard.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace orvantis::sim {
+
+Pasteboard::Pasteboard(std::int64_t initialChangeCount) : changeCount_(initialChangeCount) {}
+
+std::vector<std::string> Pasteboard::types() const {
+    std::vector<std::string> result;
+    if (!content_) return result;
+    for (const auto& [type, bytes] : content_->representations) result.push_back(type);
+    return result;
+}
+
+std::optional<std::string> Pasteboard::data(std::string_view type) const {
+    if (!content_) return std::nullopt;
+    return content_->data(type);
+}
+
+void Pasteboard::write(const platform::PasteboardItem& item) { store(item, {}); }
+
+void Pasteboard::writeFromOtherApp(const platform::PasteboardItem& item, std::string application) {
+    // An empty name would read as the program's own write.
+    if (application.empty()) application = "org.example.other";
+    store(item, std::move(application));
+}
+
+void Pasteboard::writeTextFromOtherApp(std::string utf8, std::string application) {
+    writeFromOtherApp(platform::PasteboardItem::text(std::move(utf8)), std::move(application));
+}
+
+void Pasteboard::clear() {
+    content_.reset();
+    ++changeCount_;
+}
+
+std::size_t Pasteboard::programWriteCount() const {
+    return static_cast<std::size_t>(
+        std::count_if(writes_.begin(), writes_.end(), [](const Write& w) { return w.byProgram(); }));
+}
+
+void Pasteboard::store(const platform::PasteboardItem& item, std::string application) {
+    content_ = item;
+    writes_.push_back(Write{item, std::move(application)});
+    ++changeCount_;
+}
+
+}  // namespace orvantis::sim

@@ -1,0 +1,56 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/pasteboard.h"
+
+namespace orvantis::sim {
+
+/// The simulated system pasteboard: one item at most, a change count that rises by one on
+/// every write and every clearing, and a record of who wrote what. The program writes through
+/// the platform interface; tests write as other applications do. Main thread only.
+class Pasteboard final : public platform::Pasteboard {
+public:
+    /// One write, in the order they happened.
+    struct Write {
+        platform::PasteboardItem item;
+        std::string application;  ///< the writer; empty for the program itself
+        bool byProgram() const { return application.empty(); }
+    };
+
+    explicit Pasteboard(std::int64_t initialChangeCount = 0);
+
+    // platform::Pasteboard
+    std::int64_t changeCount() const override { return changeCount_; }
+    std::vector<std::string> types() const override;
+    std::optional<std::string> data(std::string_view type) const override;
+    /// The program's own write.
+    void write(const platform::PasteboardItem& item) override;
+
+    /// Another application (by default the user's editor) replaces the content.
+    void writeFromOtherApp(const platform::PasteboardItem& item, std::string application = "org.example.other");
+    /// Shorthand for another application copying plain text.
+    void writeTextFromOtherApp(std::string utf8, std::string application = "org.example.other");
+    /// Empties the pasteboard, as a clearing by another application does; the count rises.
+    void clear();
+
+    /// What lies on the pasteboard, or nullopt when it is empty.
+    const std::optional<platform::PasteboardItem>& content() const { return content_; }
+    /// Every write since construction, oldest first. Clearings are not writes.
+    const std::vector<Write>& writes() const { return writes_; }
+    /// Number of writes made by the program itself.
+    std::size_t programWriteCount() const;
+
+private:
+    void store(const platform::PasteboardItem& item, std::string application);
+
+    std::int64_t changeCount_;
+    std::optional<platform::PasteboardItem> content_;
+    std::vector<Write> writes_;
+};
+
+}  // namespace orvantis::sim
