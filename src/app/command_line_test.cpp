@@ -1,0 +1,144 @@
+#include "app/command_line.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+
+#include "core/settings/test_support.h"
+
+namespace orvantis::app {
+namespace {
+
+using orvantis::testing::readFile;
+using orvantis::testing::TemporaryDirectory;
+using orvantis::testing::writeFile;
+
+struct Result {
+    int status;
+    std::string out;
+    std::string err;
+};
+
+class CommandLineTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        setenv("XDG_CONFIG_HOME", (dir_.path() / "config").c_str(), 1);
+        setenv("XDG_STATE_HOME", (dir_.path() / "state").c_str(), 1);
+    }
+    Result run(std::vector<std::string> args) {
+        ::testing::internal::CaptureStdout();
+        ::testing::internal::CaptureStderr();
+        const int status = runCommandLine(args);
+        std::string out = ::testing::internal::GetCapturedStdout();
+        std::string err = ::testing::internal::GetCapturedStderr();
+        return {status, out, err};
+    }
+    std::filesystem::path prefs() const { return dir_.path() / "config" / "orvantis" / "preferences.plist"; }
+
+    TemporaryDirectory dir_;
+};
+
+TEST_F(CommandLineTest, ListPrintsEveryPropertyWithItsJsonValue) {
+    const auto r = run({"settings", "list"});
+    EXPECT_EQ(r.status, 0);
+    EXPECT_EQ(std::count(r.out.begin(), r.out.end(), '\n'), 57);
+    EXPECT_NE(r.out.find("hotkey\t{\"keyCode\":51,\"modifiers\":131072}\n"), std::string::npos);
+    EXPECT_NE(r.out.find("\nswitchDelayMs\t100\n"), std::string::npos);
+    EXPECT_NE(r.out.find("\nsettingsLanguage\t\"en\"\n"), std::string::npos);
+    EXPECT_NE(r.out.find("\nclipboardIgnoredApps\t[]\n"), std::string::npos);
+    EXPECT_NE(r.out.find("\nlayoutSwitchEnabled\ttrue\n"), std::string::npos);
+}
+
+TEST_F(CommandLineTest, GetAnswersWhatTheTypedGetterAnswers) {
+    EXPECT_EQ(run({"settings", "get", "switchDelayMs"}).out, "100\n");
+    EXPECT_EQ(run({"settings", "get", "translatorSecondaryLanguage"}).out, "\"ru\"\n");
+    EXPECT_EQ(run({"settings", "get", "directTranslationHotkey"}).out, "{\"keyCode\":7,\"modifiers\":786432}\n");
+    EXPECT_EQ(run({"settings", "get", "passwordMode"}).out, "\"popup\"\n");
+}
+
+TEST_F(CommandLineTest, SetWritesThroughTheTypedSetterSoNumbersAreClamped) {
+    EXPECT_EQ(run({"settings", "set", "switchDelayMs", "9999"}).status, 0);
+    EXPECT_EQ(run({"settings", "get", "switchDelayMs"}).out, "500\n");
+    EXPECT_NE(readFile(prefs()).find("<integer>500</integer>"), std::string::npos);
+    EXPECT_EQ(run({"settings", "set", "clipboardIgnoredApps", R"(["a","b"])"}).status, 0);
+    EXPECT_EQ(run({"settings", "get", "clipboardIgnoredApps"}).out, "[\"a\",\"b\"]\n");
+    EXPECT_EQ(run({"settings", "set", "hotkey", R"({"keyCode":9,"modifiers":1179648})"}).status, 0);
+    EXPECT_EQ(run({"settings", "get", "hotkey"}).out, "{\"keyCode\":9,\"modifiers\":1179648}\n");
+    EXPECT_EQ(run({"settings", "set", "settingsLanguage", "\"ru\""}).status, 0);
+    EXPECT_EQ(run({"settings", "get", "settingsLanguage"}).out, "\"ru\"\n");
+}
+
+TEST_F(CommandLineTest, ResetBringsTheDefaultBack) {
+    run({"settings", "set", "layoutSwitchEnabled", "false"});
+    EXPECT_EQ(run({"settings", "get", "layoutSwitchEnabled"}).out, "false\n");
+    EXPECT_EQ(run({"settings", "reset", "layoutSwitchEnabled"}).status, 0);
+    EXPECT_EQ(run({"settings", "get", "layoutSwitchEnabled"}).out, "true\n");
+    EXPECT_EQ(readFile(prefs()).find("layoutSwitchEnabled"), std::string::npos);
+}
+
+TEST_F(CommandLineTest, UnknownNamesAndWrongTypesExitTwoAndWriteNothing) {
+    run({"settings", "set", "switchDelayMs", "200"});
+    const std::string before = readFile(prefs());
+    for (const auto& args : std::vector<std::vector<std::string>>{
+             {"settings", "set", "noSuchSetting", "1"},
+             {"settings", "get", "noSuchSetting"},
+             {"settings", "reset", "noSuchSetting"},
+             {"settings", "set", "switchDelayMs", "\"fast\""},
+             {"settings", "set", "switchDelayMs", "1.5"},
+             {"settings", "set", "switchDelayMs", "{"},
+             {"settings", "set", "layoutSwitchEnabled", "1"},
+             {"settings", "set", "settingsLanguage", "\"de\""},
+             {"settings", "set", "passwordMode", "\"typeIt\""},
+             {"settings", "set", "clipboardIgnoredApps", "[1]"},
+             {"settings", "set", "hotkey", R"({"keyCode":70000,"modifiers":0})"},
+             {"settings", "set", "hotkey", "51"},
+             {"settings", "set", "switchDelayMs"},
+             {"settings", "frobnicate"},
+             {"settings"},
+             {"unknown"},
+         }) {
+        const auto r = run(args);
+        EXPECT_EQ(r.status, 2) << args.back();
+        EXPECT_FALSE(r.err.empty()) << args.back();
+        EXPECT_TRUE(r.out.empty()) << args.back();
+    }
+    EXPECT_EQ(readFile(prefs()), before);
+}
+
+TEST_F(CommandLineTest, ADamagedFileIsKeptAsideReportedAndDefaultsAnswer) {
+    writeFile(prefs(), "\x01\x02 definitely not a property list");
+    const auto r = run({"settings", "get", "switchDelayMs"});
+    EXPECT_EQ(r.status, 0);
+    EXPECT_EQ(r.out, "100\n");
+    EXPECT_NE(r.err.find("kept it as preferences.plist.corrupt-"), std::string::npos) << r.err;
+    bool kept = false;
+    for (const auto& e : std::filesystem::directory_iterator(prefs().parent_path()))
+        kept |= e.path().filename().string().rfind("preferences.plist.corrupt-", 0) == 0 &&
+                readFile(e.path()) == "\x01\x02 definitely not a property list";
+    EXPECT_TRUE(kept);
+}
+
+TEST_F(CommandLineTest, StoredOutOfRangeValuesReadClamped) {
+    writeFile(prefs(), R"(<?xml version="1.0" encoding="UTF-8"?>
+<plist version="1.0"><dict>
+<key>MOLVEX.Orvantis.keyboardLockAutoUnlockMin</key><integer>0</integer>
+<key>MOLVEX.Orvantis.clipboardHistorySize</key><integer>100000</integer>
+<key>MOLVEX.Orvantis.hotkey</key><data>bm90IGpzb24=</data>
+</dict></plist>)");
+    EXPECT_EQ(run({"settings", "get", "keyboardLockAutoUnlockMinutes"}).out, "10\n");
+    EXPECT_EQ(run({"settings", "get", "clipboardHistorySize"}).out, "200\n");
+    EXPECT_EQ(run({"settings", "get", "hotkey"}).out, "{\"keyCode\":51,\"modifiers\":131072}\n");
+}
+
+TEST_F(CommandLineTest, VersionAndHelp) {
+    const auto version = run({"--version"});
+    EXPECT_EQ(version.status, 0);
+    EXPECT_EQ(version.out.rfind("Orvantis ", 0), 0u);
+    EXPECT_NE(version.out.find("(build "), std::string::npos);
+    const auto help = run({"--help"});
+    EXPECT_EQ(help.status, 0);
+    EXPECT_NE(help.out.find("orvantis settings set NAME JSON"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace orvantis::app
