@@ -58,17 +58,13 @@ void AppSettings::migrateIfNeeded() {
     store_.set(flag, true);
 }
 
-bool AppSettings::get(const BoolSetting& s) const {
-    const std::string_view key = s.key;
-    return store_.contains(key) ? store_.boolForKey(key) : s.defaultValue;
-}
+bool AppSettings::get(const BoolSetting& s) const { return store_.boolIfPresent(s.key).value_or(s.defaultValue); }
 
 std::int64_t AppSettings::get(const IntSetting& s) const {
-    const std::string_view key = s.key;
-    if (!store_.contains(key)) return s.clamp(s.zeroReadsAs.value_or(s.defaultValue));
-    const std::int64_t stored = store_.integerForKey(key);
-    if (stored == 0 && s.zeroReadsAs) return *s.zeroReadsAs;
-    return s.clamp(stored);
+    const auto stored = store_.integerIfPresent(s.key);
+    if (!stored) return s.clamp(s.defaultValue);
+    if (*stored == 0 && s.zeroReadsAs) return *s.zeroReadsAs;
+    return s.clamp(*stored);
 }
 
 std::string AppSettings::get(const StringSetting& s) const {

@@ -1,6 +1,8 @@
 #include "core/settings/hotkey_descriptor.h"
 
+#include <algorithm>
 #include <array>
+#include <charconv>
 #include <cmath>
 #include <utility>
 
@@ -37,6 +39,30 @@ std::optional<std::uint64_t> unsignedInteger(const nlohmann::json& value, std::u
             return static_cast<std::uint64_t>(v);
     }
     return std::nullopt;
+}
+
+// Reads the canonical stored form {"keyCode":N,"modifiers":M} without a JSON parser: hotkeys
+// are read often and nearly always in exactly this form. Anything else takes the full parser.
+std::optional<HotkeyDescriptor> fromCanonicalJson(std::string_view json) {
+    constexpr std::string_view kHead = "{\"keyCode\":";
+    constexpr std::string_view kMiddle = ",\"modifiers\":";
+    if (json.substr(0, kHead.size()) != kHead || json.empty() || json.back() != '}') return std::nullopt;
+    json.remove_prefix(kHead.size());
+    json.remove_suffix(1);
+    const auto middle = json.find(kMiddle);
+    if (middle == std::string_view::npos) return std::nullopt;
+    const std::string_view code = json.substr(0, middle);
+    const std::string_view flags = json.substr(middle + kMiddle.size());
+    auto digitsOnly = [](std::string_view text) {
+        return !text.empty() && text.size() <= 20 && (text.size() == 1 || text.front() != '0') &&
+               std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
+    };
+    if (!digitsOnly(code) || !digitsOnly(flags)) return std::nullopt;
+    std::uint64_t keyCode = 0, modifiers = 0;
+    if (std::from_chars(code.data(), code.data() + code.size(), keyCode).ec != std::errc() || keyCode > 0xFFFF)
+        return std::nullopt;
+    if (std::from_chars(flags.data(), flags.data() + flags.size(), modifiers).ec != std::errc()) return std::nullopt;
+    return HotkeyDescriptor{static_cast<std::uint16_t>(keyCode), modifiers};
 }
 
 }  // namespace
@@ -76,6 +102,7 @@ std::string HotkeyDescriptor::toJson() const {
 }
 
 std::optional<HotkeyDescriptor> HotkeyDescriptor::fromJson(std::string_view json) {
+    if (auto canonical = fromCanonicalJson(json)) return canonical;
     const auto value = nlohmann::json::parse(json, nullptr, /*allow_exceptions=*/false);
     if (!value.is_object()) return std::nullopt;
     const auto keyCode = value.find("keyCode");

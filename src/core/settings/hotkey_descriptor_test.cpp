@@ -66,3 +66,20 @@ TEST(HotkeyDescriptorTest, HasModifierLooksAtTheFourBitsOnly) {
 
 }  // namespace
 }  // namespace orvantis
+
+namespace orvantis {
+namespace {
+
+TEST(HotkeyDescriptorTest, TheCanonicalFormAndTheGeneralParserAgree) {
+    for (const char* json : {R"({"keyCode":0,"modifiers":0})", R"({"keyCode":65535,"modifiers":18446744073709551615})",
+                             R"({"keyCode":65536,"modifiers":0})", R"({"keyCode":51,"modifiers":18446744073709551616})",
+                             R"({"keyCode":,"modifiers":1})", R"({"keyCode":1,"modifiers":})",
+                             R"({"keyCode":007,"modifiers":1})", R"({"keyCode":1,"modifiers":2,"x":3})"}) {
+        const auto viaFast = HotkeyDescriptor::fromJson(json);
+        const auto padded = HotkeyDescriptor::fromJson(std::string(" ") + json);  // not canonical: full parser
+        EXPECT_EQ(viaFast, padded) << json;
+    }
+}
+
+}  // namespace
+}  // namespace orvantis

@@ -318,14 +318,11 @@ bool PreferenceStore::hasStoredValue(std::string_view key) const {
     return stored_.find(key) != stored_.end();
 }
 
-bool PreferenceStore::boolForKey(std::string_view key) const {
-    std::lock_guard lock(mutex_);
-    const auto* value = lookupLocked(key);
-    if (value == nullptr) return false;
-    if (const auto* b = std::get_if<bool>(value)) return *b;
-    if (const auto* i = std::get_if<std::int64_t>(value)) return *i != 0;
-    if (const auto* d = std::get_if<double>(value)) return *d != 0.0;
-    if (const auto* s = std::get_if<std::string>(value)) {
+bool PreferenceStore::asBool(const PreferenceValue& value) {
+    if (const auto* b = std::get_if<bool>(&value)) return *b;
+    if (const auto* i = std::get_if<std::int64_t>(&value)) return *i != 0;
+    if (const auto* d = std::get_if<double>(&value)) return *d != 0.0;
+    if (const auto* s = std::get_if<std::string>(&value)) {
         std::string lower;
         for (char c : *s) lower.push_back(static_cast<char>(c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c));
         if (lower == "true" || lower == "yes") return true;
@@ -334,15 +331,30 @@ bool PreferenceStore::boolForKey(std::string_view key) const {
     return false;
 }
 
-std::int64_t PreferenceStore::integerForKey(std::string_view key) const {
+std::int64_t PreferenceStore::asInteger(const PreferenceValue& value) {
+    if (const auto* i = std::get_if<std::int64_t>(&value)) return *i;
+    if (const auto* b = std::get_if<bool>(&value)) return *b ? 1 : 0;
+    if (const auto* d = std::get_if<double>(&value)) return truncateReal(*d);
+    if (const auto* s = std::get_if<std::string>(&value)) return parseLeadingInteger(*s);
+    return 0;
+}
+
+bool PreferenceStore::boolForKey(std::string_view key) const { return boolIfPresent(key).value_or(false); }
+
+std::int64_t PreferenceStore::integerForKey(std::string_view key) const { return integerIfPresent(key).value_or(0); }
+
+std::optional<bool> PreferenceStore::boolIfPresent(std::string_view key) const {
     std::lock_guard lock(mutex_);
     const auto* value = lookupLocked(key);
-    if (value == nullptr) return 0;
-    if (const auto* i = std::get_if<std::int64_t>(value)) return *i;
-    if (const auto* b = std::get_if<bool>(value)) return *b ? 1 : 0;
-    if (const auto* d = std::get_if<double>(value)) return truncateReal(*d);
-    if (const auto* s = std::get_if<std::string>(value)) return parseLeadingInteger(*s);
-    return 0;
+    if (value == nullptr) return std::nullopt;
+    return asBool(*value);
+}
+
+std::optional<std::int64_t> PreferenceStore::integerIfPresent(std::string_view key) const {
+    std::lock_guard lock(mutex_);
+    const auto* value = lookupLocked(key);
+    if (value == nullptr) return std::nullopt;
+    return asInteger(*value);
 }
 
 std::optional<std::string> PreferenceStore::stringForKey(std::string_view key) const {

@@ -69,6 +69,9 @@ public:
     /// Integers as they are, reals truncated, booleans as 0/1, strings with a leading decimal
     /// number parsed; everything else, and absence, is 0.
     std::int64_t integerForKey(std::string_view key) const;
+    /// boolForKey and integerForKey in one look-up, with nullopt for a key without any value.
+    std::optional<bool> boolIfPresent(std::string_view key) const;
+    std::optional<std::int64_t> integerIfPresent(std::string_view key) const;
     /// Strings as they are, numbers in decimal; nullopt otherwise.
     std::optional<std::string> stringForKey(std::string_view key) const;
     /// An array whose every element is a string; nullopt otherwise.
@@ -120,6 +123,8 @@ private:
     using PendingChanges = std::map<std::string, std::optional<PreferenceValue>>;
 
     const PreferenceValue* lookupLocked(std::string_view key) const;
+    static bool asBool(const PreferenceValue& value);
+    static std::int64_t asInteger(const PreferenceValue& value);
     void markDirtyLocked(std::string_view key, std::optional<PreferenceValue> value);
     void writePending();
     std::vector<std::string> mergeFromDiskLocked(const std::map<std::string, PreferenceValue>& disk);
