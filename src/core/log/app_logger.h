@@ -2,7 +2,6 @@
 
 #include <chrono>
 #include <filesystem>
-#include <fstream>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -100,24 +99,32 @@ public:
     /// The five-character label of a level ("WARN ").
     static std::string_view label(Level level);
 
-    // Used by LogCategory.
+    // Used by LogCategory. write() never puts a Debug line in the file; mirror() does nothing
+    // without a system sink.
     void write(Level level, std::string_view category, std::string_view message);
     void mirror(SystemLogSink::Type type, std::string_view category, std::string_view message);
 
 private:
-    void appendLine(const std::string& line, std::chrono::system_clock::time_point date);
-    void prune();
+    struct FileState;
+    using WallTime = std::chrono::system_clock::time_point;
+
+    /// Runs `task` on `queue` after everything queued before it and waits for it; runs it at
+    /// once when the caller is already one of this logger's tasks, so that a crash on the queue
+    /// thread cannot wait for itself.
+    void runOnQueueAndWait(const std::function<void(FileState&)>& task);
+    static void appendLine(FileState& files, const std::string& line, WallTime date);
+    static void syncToDisk(FileState& files);
+    static void prune(FileState& files, WallTime now);
+    static std::string readRecent(const FileState& files, int days, WallTime now);
 
     std::filesystem::path directory_;
     platform::SerialQueue& queue_;
     const platform::Clock& clock_;
     std::unique_ptr<SystemLogSink> systemSink_;
     AppLog categories_;
-    // Confined to queue_.
-    std::ofstream currentFile_;
-    std::optional<std::filesystem::path> currentFileUrl_;
-    std::optional<std::string> currentFileDay_;
-    std::shared_ptr<bool> alive_;
+    // The open file and its day, confined to queue_. Tasks hold it weakly: a task that runs
+    // after the logger is gone does nothing.
+    std::shared_ptr<FileState> files_;
 };
 
 }  // namespace orvantis
