@@ -4,7 +4,7 @@
 #include <array>
 #include <utility>
 
-#include "platform/sim/text_units.h"
+#include "core/text/graphemes.h"
 
 #include "platform/key_output.h"
 
@@ -97,7 +97,7 @@ void Desktop::clearFocus() {
 std::string Desktop::focusedText() const { return focusedField_ != nullptr ? focusedField_->text() : std::string(); }
 
 void Desktop::type(std::string_view utf8) {
-    for (const auto& grapheme : text_units::graphemes(utf8)) routeText(grapheme);
+    for (const auto& grapheme : text::graphemes(utf8)) routeText(grapheme);
 }
 
 void Desktop::press(std::uint16_t code, std::uint64_t flags) { routeKey(code, flags | heldModifiers_); }

@@ -5,7 +5,8 @@
 #include <utility>
 
 #include "platform/sim/pasteboard.h"
-#include "platform/sim/text_units.h"
+#include "core/text/graphemes.h"
+#include "core/text/utf.h"
 
 #include "platform/key_output.h"
 #include "platform/pasteboard.h"
@@ -90,15 +91,15 @@ TextField::~TextField() { link_->field = nullptr; }
 
 void TextField::setText(std::string_view utf8) {
     text_.assign(utf8);
-    boundaries_ = text_units::graphemeBoundaries(text_);
+    boundaries_ = text::graphemeBoundaries(text_);
     anchor_ = caret_ = text_.size();
 }
 
 platform::TextRange TextField::selectedRange() const {
     const std::string_view text(text_);
-    const std::size_t location = text_units::utf16Length(text.substr(0, selectionStart()));
+    const std::size_t location = text::utf16Length(text.substr(0, selectionStart()));
     const std::size_t length =
-        text_units::utf16Length(text.substr(selectionStart(), selectionEnd() - selectionStart()));
+        text::utf16Length(text.substr(selectionStart(), selectionEnd() - selectionStart()));
     return {location, length};
 }
 
@@ -107,13 +108,14 @@ std::string TextField::selectedText() const {
 }
 
 bool TextField::select(platform::TextRange range) {
-    const std::size_t total = text_units::utf16Length(text_);
+    const std::size_t total = text::utf16Length(text_);
     if (range.location > total || range.length > total - range.location) return false;
-    const auto start = text_units::byteOffsetOfUtf16(text_, range.location);
-    auto end = text_units::byteOffsetOfUtf16(text_, range.location + range.length);
-    std::size_t endByte = end.byte;
-    if (end.insideCodePoint) endByte += text_units::codePointLength(text_, end.byte);
-    anchor_ = boundaryAtOrBefore(start.byte);
+    const std::size_t startByte = text::byteOffsetFromUtf16Offset(text_, range.location);
+    // An end inside a surrogate pair takes in the whole code point.
+    const std::size_t endOffset = range.location + range.length;
+    std::size_t endByte = text::byteOffsetFromUtf16Offset(text_, endOffset);
+    if (text::utf16OffsetFromByteOffset(text_, endByte) < endOffset) endByte += text::decodeCodePoint(text_, endByte).length;
+    anchor_ = boundaryAtOrBefore(startByte);
     caret_ = boundaryAtOrAfter(endByte);
     return true;
 }
@@ -171,7 +173,7 @@ void TextField::invalidateElements() { ++link_->generation; }
 
 void TextField::replaceBytes(std::size_t start, std::size_t end, std::string_view utf8) {
     text_.replace(start, end - start, utf8);
-    boundaries_ = text_units::graphemeBoundaries(text_);
+    boundaries_ = text::graphemeBoundaries(text_);
 }
 
 std::size_t TextField::previousBoundary(std::size_t byte) const {
