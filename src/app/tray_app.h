@@ -1,0 +1,76 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "core/events/notification_center.h"
+
+namespace orvantis {
+class AppLogger;
+class AppSettings;
+class PreferenceStore;
+}  // namespace orvantis
+namespace orvantis::platform {
+class MainLoop;
+class SerialQueue;
+}  // namespace orvantis::platform
+namespace orvantis::ui {
+class MenuBarController;
+}
+
+namespace orvantis::app {
+
+/// The application delegate: brings the parts of Orvantis to life in the launch order and
+/// takes them down in the end order. Holds the only reference to the tray icon's controller.
+/// Created by runTrayApp() once Qt and the logger exist; main thread only.
+class AppDelegate {
+public:
+    /// `logger`, `loop` and `preferencesWriter` (the queue that writes the preference file)
+    /// outlive the delegate. `quit` leaves the event loop; runTrayApp() then runs
+    /// applicationWillTerminate().
+    AppDelegate(AppLogger& logger, platform::MainLoop& loop, platform::SerialQueue& preferencesWriter,
+                std::function<void()> quit);
+    ~AppDelegate();
+    AppDelegate(const AppDelegate&) = delete;
+    AppDelegate& operator=(const AppDelegate&) = delete;
+
+    /// The launch sequence. Never fails: a part that cannot start logs why and launch goes on.
+    void applicationDidFinishLaunching();
+    /// The end sequence: logs "terminating", stops the parts that hold outside state, and
+    /// waits until the log is on disk.
+    void applicationWillTerminate();
+
+    /// The tray icon's controller, from launch step 3 on; null before.
+    ui::MenuBarController* menuBarController() const { return menuBarController_.get(); }
+    /// The typed settings, from launch step 2 on; null before.
+    AppSettings* settings() const { return settings_.get(); }
+    NotificationCenter& notifications() { return notifications_; }
+
+private:
+    void logLaunchBanner();
+    void createSettings();
+
+    AppLogger& logger_;
+    platform::MainLoop& loop_;
+    platform::SerialQueue& preferencesWriter_;
+    std::function<void()> quit_;
+    NotificationCenter notifications_;
+    std::unique_ptr<PreferenceStore> store_;
+    std::unique_ptr<AppSettings> settings_;
+    std::unique_ptr<ui::MenuBarController> menuBarController_;
+};
+
+/// The launch banner line: "launch: Orvantis <version> (build <build>) on <system>;
+/// accessibility=granted|missing, inputMonitoring=granted|missing". An empty version or build
+/// shows as "?".
+std::string launchBanner(std::string_view version, std::string_view build, std::string_view systemVersion,
+                         bool accessibility, bool inputMonitoring);
+
+/// Runs Orvantis as a tray application until it is quit from its menu or by SIGTERM or
+/// SIGINT, and answers the process exit status (0 then). A second instance in the same
+/// session prints "Orvantis is already running" and answers 0 at once.
+int runTrayApp(int& argc, char** argv);
+
+}  // namespace orvantis::app

@@ -1,0 +1,15 @@
+#pragma once
+
+#include <chrono>
+
+namespace orvantis::freedesktop {
+
+/// True when the desktop's accessibility bus is up and switched on: on the session bus,
+/// `org.a11y.Bus` at `/org/a11y/bus` answers `GetAddress` and its property
+/// `org.a11y.Status.IsEnabled` is true. This is what lets Orvantis read and write the text of
+/// other applications. The check never starts the bus itself (no D-Bus activation). Any
+/// failure, including no session bus or a reply slower than `timeout` per call, answers false.
+/// Any thread; blocks for at most two time-outs.
+bool accessibilityBusEnabled(std::chrono::milliseconds timeout = std::chrono::milliseconds(500));
+
+}  // namespace orvantis::freedesktop

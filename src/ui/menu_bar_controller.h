@@ -1,0 +1,62 @@
+#pragma once
+
+#include <functional>
+
+#include <QObject>
+#include <QSystemTrayIcon>
+
+#include "core/events/notification_center.h"
+#include "core/settings/settings_language.h"
+#include "platform/subscription.h"
+#include "ui/keyboard_icon.h"
+
+class QAction;
+class QMenu;
+
+namespace orvantis::ui {
+
+/// Owns the tray icon through which the user reaches Orvantis, and its menu. Created by the
+/// composition root and kept for the life of the process. The icon is shown at once; when
+/// the desktop has no tray yet, Qt docks it as soon as one appears. Main thread only.
+class MenuBarController final : public QObject {
+    Q_OBJECT
+
+public:
+    /// `language` is asked on every build of the menu. `quit` ends the application through
+    /// its end sequence; it is called from the Quit item. The menu is built anew when the
+    /// interface language changes and after every save of the settings.
+    MenuBarController(NotificationCenter& notifications, std::function<SettingsLanguage()> language,
+                      std::function<void()> quit);
+    ~MenuBarController() override;
+    MenuBarController(const MenuBarController&) = delete;
+    MenuBarController& operator=(const MenuBarController&) = delete;
+
+    /// Builds a new menu in the current language and makes it the icon's menu. The old menu
+    /// is freed once control is back in the event loop, so this is safe from one of its items.
+    void buildMenu();
+
+    /// The tray icon itself.
+    QSystemTrayIcon& statusItem() { return statusItem_; }
+    /// The current menu; never null after construction.
+    QMenu* menu() const { return menu_; }
+    /// The menu's item with object name `name` ("menuQuitItem"), or null.
+    QAction* menuItem(const char* name) const;
+    /// Where the icon's picture came from.
+    KeyboardIcon::Source iconSource() const { return iconSource_; }
+
+private:
+    void configureButton();
+    void handleActivated(QSystemTrayIcon::ActivationReason reason);
+    void handleSettingsLanguageChanged();
+    void handleMenuBarNeedsRebuild();
+
+    std::function<SettingsLanguage()> language_;
+    std::function<void()> quit_;
+    QSystemTrayIcon statusItem_;
+    KeyboardIcon::Source iconSource_ = KeyboardIcon::Source::Text;
+    QMenu* menu_ = nullptr;  ///< owned; menus are top-level widgets and take no QObject parent
+    Subscription languageChanged_;
+    Subscription needsRebuild_;
+};
+
+}  // namespace orvantis::ui

@@ -1,0 +1,107 @@
+#include "ui/menu_bar_controller.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QMenu>
+#include <QPointer>
+#include <gtest/gtest.h>
+
+namespace orvantis::ui {
+namespace {
+
+class MenuBarControllerTest : public ::testing::Test {
+protected:
+    NotificationCenter notifications_;
+};
+
+TEST_F(MenuBarControllerTest, MenuHoldsOnlyTheQuitItem) {
+    MenuBarController controller(notifications_,[] { return SettingsLanguage::en; }, [] {});
+    ASSERT_NE(controller.menu(), nullptr);
+    ASSERT_EQ(controller.menu()->actions().size(), 1);
+    QAction* quit = controller.menuItem("menuQuitItem");
+    ASSERT_NE(quit, nullptr);
+    EXPECT_EQ(quit->text(), QStringLiteral("Quit Orvantis"));
+    EXPECT_TRUE(quit->shortcut().isEmpty());
+}
+
+TEST_F(MenuBarControllerTest, QuitTitleFollowsTheInterfaceLanguage) {
+    MenuBarController controller(notifications_,[] { return SettingsLanguage::ru; }, [] {});
+    EXPECT_EQ(controller.menuItem("menuQuitItem")->text(), QStringLiteral("Выйти из Orvantis"));
+}
+
+TEST_F(MenuBarControllerTest, RebuildAsksTheLanguageAgain) {
+    SettingsLanguage language = SettingsLanguage::en;
+    MenuBarController controller(notifications_,[&] { return language; }, [] {});
+    language = SettingsLanguage::ru;
+    controller.buildMenu();
+    EXPECT_EQ(controller.menuItem("menuQuitItem")->text(), QStringLiteral("Выйти из Orvantis"));
+}
+
+TEST_F(MenuBarControllerTest, QuitItemRunsTheQuitAction) {
+    int quits = 0;
+    MenuBarController controller(notifications_,[] { return SettingsLanguage::en; }, [&] { ++quits; });
+    controller.menuItem("menuQuitItem")->trigger();
+    EXPECT_EQ(quits, 1);
+}
+
+TEST_F(MenuBarControllerTest, IconIsTheMenusOwnerWithTooltip) {
+    MenuBarController controller(notifications_,[] { return SettingsLanguage::en; }, [] {});
+    EXPECT_EQ(controller.statusItem().contextMenu(), controller.menu());
+    EXPECT_EQ(controller.statusItem().toolTip(), QStringLiteral("Orvantis"));
+    EXPECT_FALSE(controller.statusItem().icon().isNull());
+    EXPECT_TRUE(controller.statusItem().isVisible());
+}
+
+TEST_F(MenuBarControllerTest, RebuildReplacesTheMenuAndFreesTheOldOne) {
+    MenuBarController controller(notifications_,[] { return SettingsLanguage::en; }, [] {});
+    QPointer<QMenu> old = controller.menu();
+    controller.buildMenu();
+    EXPECT_NE(controller.menu(), old.data());
+    EXPECT_EQ(controller.statusItem().contextMenu(), controller.menu());
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_TRUE(old.isNull());
+}
+
+TEST_F(MenuBarControllerTest, OpensNoWindow) {
+    MenuBarController controller(notifications_,[] { return SettingsLanguage::en; }, [] {});
+    for (QWidget* widget : QApplication::topLevelWidgets()) EXPECT_FALSE(widget->isVisible());
+}
+
+TEST(KeyboardIconTest, BundledDrawingRendersAtTraySizes) {
+    QIcon icon = KeyboardIcon::bundled();
+    ASSERT_FALSE(icon.isNull());
+    QImage image = icon.pixmap(22, 22).toImage();
+    ASSERT_FALSE(image.isNull());
+    // Something is drawn in the middle, and the corners stay transparent.
+    EXPECT_GT(qAlpha(image.pixel(11, 11)), 0);
+    EXPECT_EQ(qAlpha(image.pixel(0, 0)), 0);
+}
+
+TEST(KeyboardIconTest, TextFallbackIsNeverNull) {
+    EXPECT_FALSE(KeyboardIcon::text().isNull());
+}
+
+TEST(KeyboardIconTest, LoadAnswersAUsableIcon) {
+    KeyboardIcon loaded = KeyboardIcon::load();
+    EXPECT_FALSE(loaded.icon.isNull());
+}
+
+TEST_F(MenuBarControllerTest, ALanguageChangeShowsAtOnceInTheMenu) {
+    SettingsLanguage language = SettingsLanguage::en;
+    MenuBarController controller(notifications_, [&] { return language; }, [] {});
+    language = SettingsLanguage::ru;
+    EXPECT_EQ(controller.menuItem("menuQuitItem")->text(), QStringLiteral("Quit Orvantis"))
+        << "nothing changes before the settings are saved";
+    notifications_.post(orvantisSettingsLanguageChanged);
+    EXPECT_EQ(controller.menuItem("menuQuitItem")->text(), QStringLiteral("Выйти из Orvantis"));
+}
+
+TEST_F(MenuBarControllerTest, EverySaveRebuildsTheMenu) {
+    MenuBarController controller(notifications_, [] { return SettingsLanguage::en; }, [] {});
+    QMenu* before = controller.menu();
+    notifications_.post(orvantisMenuBarNeedsRebuild);
+    EXPECT_NE(controller.menu(), before);
+}
+
+}  // namespace
+}  // namespace orvantis::ui
