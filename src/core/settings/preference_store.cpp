@@ -627,7 +627,11 @@ void PreferenceStore::checkForExternalChanges() {
         lastKnown_ = seen;
         changed = mergeFromDiskLocked(disk);
     }
-    if (!changed.empty()) changed_.notify(changed);
+    if (changed.empty()) return;
+    if (log_ != nullptr)
+        log_->app.info("settings: took " + std::to_string(changed.size()) +
+                       " changed key(s) from a write by another process");
+    changed_.notify(changed);
 }
 
 std::map<std::string, PreferenceValue> PreferenceStore::storedValues() const {
