@@ -4,7 +4,7 @@
 
 #include <cstdlib>
 
-#include "core/settings/test_support.h"
+#include "testing/test_support.h"
 
 namespace orvantis::app {
 namespace {

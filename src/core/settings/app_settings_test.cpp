@@ -4,7 +4,7 @@
 
 #include <type_traits>
 
-#include "core/settings/test_support.h"
+#include "testing/test_support.h"
 #include "platform/sim/virtual_main_loop.h"
 
 namespace orvantis {

@@ -5,6 +5,8 @@
 #include <string>
 #include <string_view>
 
+#include "platform/key_output.h"
+
 namespace orvantis {
 
 /// A global hotkey: a virtual key code (a physical key position, whatever the layout) and the
@@ -12,12 +14,12 @@ namespace orvantis {
 /// the codes and bits of the stored form, the same on every platform; the Linux backends map
 /// them to their own keys (Command is Ctrl, Control is Super, Option is Alt).
 struct HotkeyDescriptor {
-    static constexpr std::uint64_t kShift = 0x20000;
-    static constexpr std::uint64_t kControl = 0x40000;
-    static constexpr std::uint64_t kOption = 0x80000;
-    static constexpr std::uint64_t kCommand = 0x100000;
+    static constexpr std::uint64_t kShift = platform::key_flags::kShift;
+    static constexpr std::uint64_t kControl = platform::key_flags::kControl;
+    static constexpr std::uint64_t kOption = platform::key_flags::kOption;
+    static constexpr std::uint64_t kCommand = platform::key_flags::kCommand;
     /// Every comparison of hotkeys looks at these bits only.
-    static constexpr std::uint64_t kModifierMask = 0x1E0000;
+    static constexpr std::uint64_t kModifierMask = platform::key_flags::kModifierMask;
 
     std::uint16_t keyCode = 0;
     std::uint64_t modifiers = 0;

@@ -8,7 +8,7 @@
 #include <plist/plist.h>
 
 #include "core/log/app_logger.h"
-#include "core/settings/test_support.h"
+#include "testing/test_support.h"
 #include "platform/sim/virtual_main_loop.h"
 
 #include <sys/stat.h>

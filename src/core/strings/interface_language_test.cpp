@@ -3,7 +3,7 @@
 #include <cstdlib>
 
 #include "core/settings/app_settings.h"
-#include "core/settings/test_support.h"
+#include "testing/test_support.h"
 #include "core/strings/settings_strings.h"
 #include "platform/serial_queue.h"
 

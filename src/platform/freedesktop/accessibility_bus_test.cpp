@@ -7,36 +7,14 @@
 
 #include <gtest/gtest.h>
 
+#include "testing/test_support.h"
+
 namespace orvantis::freedesktop {
 namespace {
 
 using namespace std::chrono_literals;
 
-/// Sets or unsets an environment variable for one scope.
-class ScopedEnv {
-public:
-    ScopedEnv(const char* name, const char* value) : name_(name) {
-        if (const char* old = std::getenv(name)) saved_ = old;
-        if (value != nullptr) {
-            setenv(name, value, 1);
-        } else {
-            unsetenv(name);
-        }
-    }
-    ~ScopedEnv() {
-        if (saved_) {
-            setenv(name_, saved_->c_str(), 1);
-        } else {
-            unsetenv(name_);
-        }
-    }
-    ScopedEnv(const ScopedEnv&) = delete;
-    ScopedEnv& operator=(const ScopedEnv&) = delete;
-
-private:
-    const char* name_;
-    std::optional<std::string> saved_;
-};
+using orvantis::testing::ScopedEnv;
 
 TEST(AccessibilityBusTest, NoSessionBusAtAllIsFalse) {
     ScopedEnv address("DBUS_SESSION_BUS_ADDRESS", nullptr);

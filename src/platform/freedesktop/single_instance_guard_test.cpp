@@ -8,37 +8,15 @@
 
 #include <gtest/gtest.h>
 
+#include "testing/test_support.h"
+
 #include <sys/stat.h>
 #include <unistd.h>
 
 namespace orvantis::freedesktop {
 namespace {
 
-/// Sets or unsets an environment variable for one scope.
-class ScopedEnv {
-public:
-    ScopedEnv(const char* name, const char* value) : name_(name) {
-        if (const char* old = std::getenv(name)) saved_ = old;
-        if (value != nullptr) {
-            setenv(name, value, 1);
-        } else {
-            unsetenv(name);
-        }
-    }
-    ~ScopedEnv() {
-        if (saved_) {
-            setenv(name_, saved_->c_str(), 1);
-        } else {
-            unsetenv(name_);
-        }
-    }
-    ScopedEnv(const ScopedEnv&) = delete;
-    ScopedEnv& operator=(const ScopedEnv&) = delete;
-
-private:
-    const char* name_;
-    std::optional<std::string> saved_;
-};
+using orvantis::testing::ScopedEnv;
 
 class SingleInstanceLockFileTest : public ::testing::Test {
 protected:
