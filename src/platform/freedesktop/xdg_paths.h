@@ -7,7 +7,7 @@ namespace orvantis::freedesktop {
 
 /// The folders of the XDG Base Directory Specification, read from the environment at the
 /// moment of the call: a variable that is unset, empty or not an absolute path falls back to
-/// the specification's default under $HOME.
+/// the XDG Base Directory default under $HOME.
 struct XdgPaths {
     static std::filesystem::path home();
     static std::filesystem::path configHome();   ///< $XDG_CONFIG_HOME or ~/.config
