@@ -540,7 +540,13 @@ void PreferenceStore::writePending() {
     plist_to_xml(root.get(), &xml, &length);
     const std::string bytes = xml != nullptr ? std::string(xml, length) : std::string();
     plist_to_xml_free(xml);
-    if (auto parsed = parsePropertyList(bytes)) disk = std::move(*parsed);
+    // What the file holds once written; memory follows it for every key this process has
+    // not changed since.
+    const bool diskKnown = [&] {
+        auto parsed = parsePropertyList(bytes);
+        if (parsed) disk = std::move(*parsed);
+        return parsed.has_value();
+    }();
 
     const std::string temporary = file_.string() + ".tmp-" + std::to_string(::getpid());
     bool written = false;
@@ -568,7 +574,7 @@ void PreferenceStore::writePending() {
             lastKnown_ = FileSignature{static_cast<std::uint64_t>(info.st_dev), static_cast<std::uint64_t>(info.st_ino),
                                        static_cast<std::uint64_t>(info.st_size),
                                        static_cast<std::int64_t>(info.st_mtim.tv_sec) * 1000000000 + info.st_mtim.tv_nsec};
-        changedByOthers = mergeFromDiskLocked(disk);
+        if (diskKnown) changedByOthers = mergeFromDiskLocked(disk);
     }
     // Release the lock before anyone is told, so that callbacks can never hold it up.
     ::flock(lockFd.get(), LOCK_UN);
