@@ -38,16 +38,29 @@ inline constexpr std::array<KeyPosition, 52> kKeyPositions{{
     {65, 49}, {36, 36}, {23, 48}, {22, 51}, {9, 53},                     // Space Return Tab Backspace Escape
 }};
 
-/// The virtual key code of the key with that X keycode, or nullopt for a key outside the table.
+/// Keys outside the typing block that the program presses or watches: the arrows, Forward
+/// Delete, Home, End, Page Up and Down, keypad Enter.
+inline constexpr std::array<KeyPosition, 10> kNavigationKeyPositions{{
+    {113, 123}, {114, 124}, {116, 125}, {111, 126},  // left, right, down, up
+    {119, 117},                                      // forward delete
+    {110, 115}, {115, 119}, {112, 116}, {117, 121},  // home, end, page up, page down
+    {104, 76},                                       // keypad enter
+}};
+
+/// The virtual key code of the key with that X keycode, or nullopt for a key outside the tables.
 constexpr std::optional<std::uint16_t> virtualKeyForXKeycode(std::uint32_t xKeycode) {
     for (const auto& key : kKeyPositions)
+        if (key.xKeycode == xKeycode) return key.virtualKey;
+    for (const auto& key : kNavigationKeyPositions)
         if (key.xKeycode == xKeycode) return key.virtualKey;
     return std::nullopt;
 }
 
-/// The X keycode of the key with that virtual key code, or nullopt for a key outside the table.
+/// The X keycode of the key with that virtual key code, or nullopt for a key outside the tables.
 constexpr std::optional<std::uint32_t> xKeycodeForVirtualKey(std::uint16_t virtualKey) {
     for (const auto& key : kKeyPositions)
+        if (key.virtualKey == virtualKey) return key.xKeycode;
+    for (const auto& key : kNavigationKeyPositions)
         if (key.virtualKey == virtualKey) return key.xKeycode;
     return std::nullopt;
 }
