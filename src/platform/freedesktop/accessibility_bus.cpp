@@ -50,4 +50,11 @@ bool accessibilityBusEnabled(std::chrono::milliseconds timeout) {
     return value != 0;
 }
 
+bool enableAccessibilityBus(std::chrono::milliseconds timeout) {
+    SdBusPtr bus = openSessionBus(std::chrono::duration_cast<std::chrono::microseconds>(timeout));
+    if (!bus) return false;
+    SdBusError error;
+    return sd_bus_set_property(bus.get(), kService, kPath, "org.a11y.Status", "IsEnabled", error.get(), "b", 1) >= 0;
+}
+
 }  // namespace orvantis::freedesktop

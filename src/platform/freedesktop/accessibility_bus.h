@@ -12,4 +12,10 @@ namespace orvantis::freedesktop {
 /// Any thread; blocks for at most two time-outs.
 bool accessibilityBusEnabled(std::chrono::milliseconds timeout = std::chrono::milliseconds(500));
 
+/// Switches the accessibility bus on (`org.a11y.Status.IsEnabled` = true), starting its
+/// launcher through D-Bus activation where the session provides it, so that applications
+/// started from now on expose their text. Answers whether the switch was accepted; any failure
+/// answers false. Any thread; blocks for at most `timeout`.
+bool enableAccessibilityBus(std::chrono::milliseconds timeout = std::chrono::milliseconds(2000));
+
 }  // namespace orvantis::freedesktop

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "platform/permissions.h"
+
+namespace orvantis::x11 {
+
+/// The two permissions on an X11 desktop. "Accessibility" is the desktop accessibility bus
+/// (AT-SPI), reachable and switched on: asking for it switches it on, and its settings are the
+/// desktop's accessibility settings where a known settings program is installed. "Input
+/// monitoring" is the X input extension of the display: nothing can grant it, so asking only
+/// reports it, and there is no settings page for it. Every answer is read at the time of the
+/// call. Main thread in practice; any thread is safe.
+class X11Permissions final : public platform::Permissions {
+public:
+    /// `displayName` is the display whose input extension counts ($DISPLAY when nullopt).
+    explicit X11Permissions(std::optional<std::string> displayName = std::nullopt);
+
+    bool hasAccessibility() const override;
+    bool requestAccessibility() override;
+    void openAccessibilitySettings() override;
+    bool hasInputMonitoring() const override;
+    bool requestInputMonitoring() override;
+    void openInputMonitoringSettings() override;
+
+private:
+    std::optional<std::string> displayName_;
+};
+
+}  // namespace orvantis::x11
