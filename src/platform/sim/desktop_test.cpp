@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
 namespace orvantis::sim {
 namespace {
@@ -155,6 +156,98 @@ TEST(DesktopTest, TypingGoesByGraphemeCluster) {
     desktop.press(keys::kDelete);
     desktop.press(keys::kDelete);
     EXPECT_EQ(field.text(), "");
+}
+
+// --- The event tap and the input sources ------------------------------------------------------
+
+/// A tap handler that records every key down and swallows the keys in `swallowed`.
+struct TapRecorder {
+    std::vector<platform::KeyEvent> keyDowns;
+    std::vector<std::uint16_t> swallowed;
+    platform::EventTap::Handler handler() {
+        return [this](const platform::KeyEvent& event) {
+            if (event.type != platform::KeyEvent::Type::keyDown) return platform::EventDisposition::pass;
+            keyDowns.push_back(event);
+            for (const auto code : swallowed)
+                if (code == event.keyCode) return platform::EventDisposition::swallow;
+            return platform::EventDisposition::pass;
+        };
+    }
+};
+
+TEST(DesktopTest, TheCurrentInputSourceDecidesWhatAKeyTypes) {
+    Desktop desktop;
+    ASSERT_TRUE(desktop.inputSources().addXkb("us", "", "English (US)", {"en"}));
+    ASSERT_TRUE(desktop.inputSources().addXkb("ru", "", "Russian", {"ru"}));
+    auto& field = desktop.focusTextField("");
+    desktop.press(5);
+    ASSERT_TRUE(desktop.inputSources().select("ru"));
+    desktop.press(5);
+    desktop.press(5, kShift);
+    EXPECT_EQ(field.text(), "gпП");
+    EXPECT_EQ(desktop.charactersFor(5, kCommand), "");
+    desktop.pressKeysOf("ghbdtn");
+    EXPECT_EQ(field.text(), "gпПпривет");
+}
+
+TEST(DesktopTest, ControlCharactersOfALayoutAreNoTextForTheField) {
+    Desktop desktop;
+    ASSERT_TRUE(desktop.inputSources().addXkb("us", "", "English (US)", {"en"}));
+    auto& field = desktop.focusTextField("ab");
+    desktop.press(keys::kReturn);
+    desktop.press(keys::kDelete);
+    EXPECT_EQ(field.text(), "a");
+}
+
+TEST(DesktopTest, EveryKeyPassesTheTapAndSwallowedGrabbedKeysNeverReachTheField) {
+    Desktop desktop;
+    TapRecorder recorder;
+    recorder.swallowed = {keys::kDelete, 5};
+    ASSERT_TRUE(desktop.eventTap().start(recorder.handler()));
+    desktop.eventTap().setGrabbedHotkeys({{keys::kDelete, kShift}});
+    auto& field = desktop.focusTextField("ab");
+
+    desktop.press(keys::kDelete, kShift);  // grabbed and swallowed
+    EXPECT_EQ(field.text(), "ab");
+    desktop.press(5);  // swallowed, but not grabbed: the field gets it all the same
+    EXPECT_EQ(field.text(), "abg");
+    desktop.type("Ж ");
+    EXPECT_EQ(field.text(), "abgЖ ");
+
+    ASSERT_EQ(recorder.keyDowns.size(), 4u);
+    EXPECT_EQ(recorder.keyDowns[0].flags, kShift);
+    EXPECT_EQ(recorder.keyDowns[1].characters, "g");
+    EXPECT_EQ(recorder.keyDowns[2].characters, "Ж");
+    EXPECT_EQ(recorder.keyDowns[3].keyCode, keys::kSpace);
+}
+
+TEST(DesktopTest, TypedTextUsesTheKeyOfTheCurrentSource) {
+    Desktop desktop;
+    ASSERT_TRUE(desktop.inputSources().addXkb("ru", "", "Russian", {"ru"}));
+    TapRecorder recorder;
+    ASSERT_TRUE(desktop.eventTap().start(recorder.handler()));
+    desktop.focusTextField("");
+    desktop.type("пG");
+    ASSERT_EQ(recorder.keyDowns.size(), 2u);
+    EXPECT_EQ(recorder.keyDowns[0].keyCode, 5);
+    EXPECT_EQ(recorder.keyDowns[0].flags, 0u);
+    // Not in the Russian table: found on a US keyboard.
+    EXPECT_EQ(recorder.keyDowns[1].keyCode, 5);
+    EXPECT_EQ(recorder.keyDowns[1].flags, kShift);
+}
+
+TEST(DesktopTest, TheProgramsSyntheticKeysPassTheTapToo) {
+    Desktop desktop;
+    TapRecorder recorder;
+    ASSERT_TRUE(desktop.eventTap().start(recorder.handler()));
+    auto& field = desktop.focusTextField("ab");
+    desktop.keyOutput().postKey(keys::kDelete, 0);
+    desktop.keyOutput().typeText("ж");
+    EXPECT_EQ(field.text(), "aж");
+    ASSERT_EQ(recorder.keyDowns.size(), 2u);
+    EXPECT_EQ(recorder.keyDowns[0].keyCode, keys::kDelete);
+    EXPECT_EQ(recorder.keyDowns[1].keyCode, 0);
+    EXPECT_EQ(recorder.keyDowns[1].characters, "ж");
 }
 
 }  // namespace
