@@ -11,6 +11,13 @@
 #include "app/termination_signal_watcher.h"
 #include "build_info.h"
 #include "core/log/app_logger.h"
+#include "core/events/global_event_monitor.h"
+#include "core/layout/layout_switcher.h"
+#include "core/layout/layout_translator.h"
+#include "core/layout/text_switch_coordinator.h"
+#include "core/layout/transliteration_map.h"
+#include "core/permissions/permission_polling.h"
+#include "core/permissions/permissions_manager.h"
 #include "core/settings/app_settings.h"
 #include "core/settings/preference_store.h"
 #include "platform/clock.h"
@@ -21,7 +28,12 @@
 #include "platform/freedesktop/terminate_handler.h"
 #include "platform/freedesktop/xdg_paths.h"
 #include "platform/serial_queue.h"
+#include "platform/text_element.h"
 #include "platform/x11/input_extension.h"
+#include "platform/x11/x11_event_tap.h"
+#include "platform/x11/x11_permissions.h"
+#include "platform/x11/xkb_input_sources.h"
+#include "platform/x11/xtest_key_output.h"
 #include "ui/menu_bar_controller.h"
 #include "ui/qt_main_loop.h"
 
@@ -47,6 +59,12 @@ public:
 
 private:
     std::terminate_handler previous_;
+};
+
+/// No focused element is readable yet: the layout switcher retypes from what it saw typed.
+class NoAccessibility final : public platform::Accessibility {
+public:
+    std::unique_ptr<platform::TextElement> focusedTextElement() override { return nullptr; }
 };
 
 }  // namespace
@@ -85,6 +103,42 @@ void AppDelegate::applicationDidFinishLaunching() {
     if (!QSystemTrayIcon::isSystemTrayAvailable()) {
         logger_.log().app.info("menuBar: no system tray yet; the icon docks when one appears");
     }
+
+    // 4 and 19 to 21: the layout switcher with the keyboard monitor, then the tap.
+    createLayoutSwitching();
+}
+
+void AppDelegate::createLayoutSwitching() {
+    eventTap_ = x11::X11EventTap::open(nullptr, &logger_.log());
+    keyOutput_ = x11::XTestKeyOutput::open();
+    inputSources_ = x11::XkbInputSources::open();
+    if (!eventTap_ || !keyOutput_ || !inputSources_) {
+        logger_.log().app.warning("keyboard: no X display with XKB, XInput 2 and XTest; the hotkeys are off");
+        return;
+    }
+    permissions_ = std::make_unique<x11::X11Permissions>();
+    accessibility_ = std::make_unique<NoAccessibility>();
+    eventTapWatch_ = std::make_unique<QSocketNotifier>(eventTap_->fileDescriptor(), QSocketNotifier::Read);
+    QObject::connect(eventTapWatch_.get(), &QSocketNotifier::activated, eventTapWatch_.get(),
+                     [this] { eventTap_->dispatchPending(); });
+
+    layoutTranslator_ = std::make_unique<LayoutTranslator>(*inputSources_);
+    transliterationMap_ = std::make_unique<TransliterationMap>(*layoutTranslator_);
+    layoutSwitcher_ = std::make_unique<LayoutSwitcher>(*inputSources_);
+    monitor_ = std::make_unique<GlobalEventMonitor>(*settings_, *eventTap_, loop_, logger_.log());
+    textSwitchCoordinator_ = std::make_unique<TextSwitchCoordinator>(
+        *settings_, *monitor_, *layoutSwitcher_, *transliterationMap_, *accessibility_, *keyOutput_, loop_,
+        notifications_, logger_.log().app);
+
+    permissionsManager_ = std::make_unique<PermissionsManager>(*permissions_);
+    permissionPolling_ = std::make_unique<PermissionPolling>(
+        *monitor_, *permissionsManager_, loop_,
+        PermissionPolling::Banner{
+            [this] { logger_.log().app.warning("keyboard: the keyboard cannot be watched; retrying every 2 s"); },
+            [this] { logger_.log().app.info("keyboard: watching the keyboard"); }});
+    permissionPolling_->launch();
+    // Events that arrived while the tap was being set up.
+    eventTap_->dispatchPending();
 }
 
 void AppDelegate::createSettings() {
@@ -108,6 +162,8 @@ void AppDelegate::logLaunchBanner() {
 
 void AppDelegate::applicationWillTerminate() {
     logger_.log().app.info("terminating");
+    // The permission poll ends before the monitor stops.
+    if (permissionPolling_) permissionPolling_->stop();
     if (store_) store_->flush();
     logger_.flush();
 }

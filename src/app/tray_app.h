@@ -10,9 +10,24 @@
 namespace orvantis {
 class AppLogger;
 class AppSettings;
+class GlobalEventMonitor;
+class LayoutSwitcher;
+class LayoutTranslator;
+class PermissionPolling;
+class PermissionsManager;
 class PreferenceStore;
+class TextSwitchCoordinator;
+class TransliterationMap;
 }  // namespace orvantis
+namespace orvantis::x11 {
+class X11EventTap;
+class X11Permissions;
+class XkbInputSources;
+class XTestKeyOutput;
+}  // namespace orvantis::x11
+class QSocketNotifier;
 namespace orvantis::platform {
+class Accessibility;
 class MainLoop;
 class SerialQueue;
 }  // namespace orvantis::platform
@@ -51,6 +66,7 @@ public:
 private:
     void logLaunchBanner();
     void createSettings();
+    void createLayoutSwitching();
 
     AppLogger& logger_;
     platform::MainLoop& loop_;
@@ -60,6 +76,22 @@ private:
     std::unique_ptr<PreferenceStore> store_;
     std::unique_ptr<AppSettings> settings_;
     std::unique_ptr<ui::MenuBarController> menuBarController_;
+
+    // The desktop, through the X11 backends; absent without an X display.
+    std::unique_ptr<x11::X11EventTap> eventTap_;
+    std::unique_ptr<x11::XTestKeyOutput> keyOutput_;
+    std::unique_ptr<x11::XkbInputSources> inputSources_;
+    std::unique_ptr<x11::X11Permissions> permissions_;
+    std::unique_ptr<platform::Accessibility> accessibility_;
+    std::unique_ptr<QSocketNotifier> eventTapWatch_;
+    // The layout switcher and the keyboard monitor it creates.
+    std::unique_ptr<LayoutTranslator> layoutTranslator_;
+    std::unique_ptr<TransliterationMap> transliterationMap_;
+    std::unique_ptr<LayoutSwitcher> layoutSwitcher_;
+    std::unique_ptr<GlobalEventMonitor> monitor_;
+    std::unique_ptr<TextSwitchCoordinator> textSwitchCoordinator_;
+    std::unique_ptr<PermissionsManager> permissionsManager_;
+    std::unique_ptr<PermissionPolling> permissionPolling_;
 };
 
 /// The launch banner line: "launch: Orvantis <version> (build <build>) on <system>;

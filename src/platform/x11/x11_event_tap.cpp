@@ -308,12 +308,18 @@ void X11EventTap::dispatchPending() {
                     key.flags = connection_->currentFlags();
                     key.autorepeat = (raw->flags & XIKeyRepeat) != 0;
                     if (down) key.characters = connection_->text(keycode);
-                    // A grabbed combination is asked about through its grab event instead.
+                    // The press of a key that has a grab waits for the grab's own event, which
+                    // the server sends before anything else that happens later (the key's own
+                    // release at the latest) when the grab took the press: then the handler is
+                    // asked through that one. Modifier state is not to be trusted for this, as
+                    // the server's state events may come late.
                     if (down && !keyboardGrabbed_) {
                         for (const auto& grab : activeGrabs_)
-                            if (grab.keyCode == key.keyCode &&
-                                (key.flags & platform::key_flags::kModifierMask) == grab.modifiers)
-                                deliver = false;
+                            if (grab.keyCode == key.keyCode) deliver = false;
+                        if (!deliver) {
+                            deliverPending();
+                            pendingPress_ = PendingPress{std::move(key), keycode, static_cast<unsigned long>(raw->time)};
+                        }
                     }
                     break;
                 }
@@ -327,10 +333,17 @@ void X11EventTap::dispatchPending() {
                     deliver = false;
             }
             XFreeEventData(display, &event.xcookie);
-            if (deliver && handler_) handler_(key);
+            if (deliver) {
+                deliverPending();
+                if (handler_) handler_(key);
+            }
             continue;
         }
         if (event.type == KeyPress && !keyboardGrabbed_) {
+            // The grab took the press that waited: it is answered here, once.
+            if (pendingPress_ && pendingPress_->xKeycode == event.xkey.keycode && pendingPress_->time == event.xkey.time)
+                pendingPress_.reset();
+            deliverPending();
             // A hotkey's passive grab: the handler decides whether the focused window gets it.
             platform::KeyEvent key;
             key.type = platform::KeyEvent::Type::keyDown;
@@ -338,12 +351,32 @@ void X11EventTap::dispatchPending() {
             key.flags = flagsFromCoreState(event.xkey.state);
             key.characters = connection_->text(event.xkey.keycode);
             const auto disposition = handler_ ? handler_(key) : platform::EventDisposition::pass;
-            XAllowEvents(display, disposition == platform::EventDisposition::swallow ? AsyncKeyboard : ReplayKeyboard,
-                         event.xkey.time);
+            if (disposition == platform::EventDisposition::swallow) {
+                // Swallowed, and the grab let go at once: until the hotkey's key comes up it
+                // would hold every key, also those the program itself sends next.
+                XAllowEvents(display, AsyncKeyboard, event.xkey.time);
+                XUngrabKeyboard(display, event.xkey.time);
+            } else {
+                XAllowEvents(display, ReplayKeyboard, event.xkey.time);
+            }
             XFlush(display);
         }
     }
+    // A press still waiting stays: its grab event, or else its own release, comes next.
     if (running_ && wholeKeyboard_ && !keyboardGrabbed_) applyKeyboardGrab();
+}
+
+void X11EventTap::deliverPending() {
+    if (!pendingPress_) return;
+    platform::KeyEvent key = std::move(pendingPress_->event);
+    pendingPress_.reset();
+    // No grab took this press, so the server's modifier state was no grabbed combination, even
+    // if the state tracked here (which may lag behind) says so: the press must not pass for a
+    // hotkey. This also keeps the program's own key presses from starting hotkeys.
+    for (const auto& grab : activeGrabs_)
+        if (grab.keyCode == key.keyCode && (key.flags & platform::key_flags::kModifierMask) == grab.modifiers)
+            key.flags &= ~platform::key_flags::kModifierMask;
+    if (handler_) handler_(key);
 }
 
 }  // namespace orvantis::x11

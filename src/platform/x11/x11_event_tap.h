@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include "platform/key_events.h"
@@ -56,6 +57,14 @@ private:
     void applyGrabs();
     void releaseGrabs();
     void applyKeyboardGrab();
+    void deliverPending();
+
+    /// A key press that waits for the grab event that may follow it.
+    struct PendingPress {
+        platform::KeyEvent event;
+        unsigned int xKeycode;
+        unsigned long time;
+    };
 
     std::unique_ptr<Connection> connection_;
     const AppLog* log_;
@@ -65,6 +74,7 @@ private:
     std::vector<platform::GrabbedKey> activeGrabs_;
     bool wholeKeyboard_ = false;
     bool keyboardGrabbed_ = false;
+    std::optional<PendingPress> pendingPress_;
 };
 
 }  // namespace orvantis::x11

@@ -33,22 +33,27 @@ struct XTestKeyOutput::Connection {
 
     unsigned int keycodeOf(KeySym keysym) const { return XKeysymToKeycode(display, keysym); }
 
-    /// Modifier keys that are down right now.
-    std::vector<unsigned int> heldModifiers() const {
-        std::vector<unsigned int> held;
+    /// Keys that are down right now, and which of them are modifiers.
+    struct HeldKeys {
+        std::vector<unsigned int> modifiers;
+        std::vector<unsigned int> others;
+    };
+    HeldKeys heldKeys() const {
+        HeldKeys held;
         char keys[32] = {};
         XQueryKeymap(display, keys);
         XModifierKeymap* map = XGetModifierMapping(display);
-        if (map == nullptr) return held;
-        for (int i = 0; i < 8 * map->max_keypermod; ++i) {
-            const unsigned int keycode = map->modifiermap[i];
-            if (keycode == 0 || keycode > 255) continue;
+        auto isModifier = [map](unsigned int keycode) {
+            if (map == nullptr) return false;
+            for (int i = 0; i < 8 * map->max_keypermod; ++i)
+                if (map->modifiermap[i] == keycode) return true;
+            return false;
+        };
+        for (unsigned int keycode = 8; keycode < 256; ++keycode) {
             if ((keys[keycode / 8] & (1 << (keycode % 8))) == 0) continue;
-            bool seen = false;
-            for (unsigned int k : held) seen |= k == keycode;
-            if (!seen) held.push_back(keycode);
+            (isModifier(keycode) ? held.modifiers : held.others).push_back(keycode);
         }
-        XFreeModifiermap(map);
+        if (map != nullptr) XFreeModifiermap(map);
         return held;
     }
 
@@ -66,18 +71,22 @@ struct XTestKeyOutput::Connection {
 
 namespace {
 
-/// Releases the modifiers the user holds for its lifetime, and CapsLock if it is locked.
+/// Releases every key the user holds for its lifetime, and CapsLock if it is locked; the
+/// modifiers go down again at the end, other keys stay up (pressed again they would type).
+/// A key still down, like the key of the hotkey that started the injection, would otherwise
+/// swallow the program's own press of the same key.
 class ModifierRelease {
 public:
     explicit ModifierRelease(const XTestKeyOutput::Connection& connection)
-        : connection_(connection), held_(connection.heldModifiers()),
+        : connection_(connection), held_(connection.heldKeys()),
           capsLocked_((connection.lockedModifiers() & LockMask) != 0) {
-        for (unsigned int keycode : held_) connection_.key(keycode, false);
+        for (unsigned int keycode : held_.others) connection_.key(keycode, false);
+        for (unsigned int keycode : held_.modifiers) connection_.key(keycode, false);
         if (capsLocked_) XkbLockModifiers(connection_.display, XkbUseCoreKbd, LockMask, 0);
     }
     ~ModifierRelease() {
         if (capsLocked_) XkbLockModifiers(connection_.display, XkbUseCoreKbd, LockMask, LockMask);
-        for (unsigned int keycode : held_) connection_.key(keycode, true);
+        for (unsigned int keycode : held_.modifiers) connection_.key(keycode, true);
         XFlush(connection_.display);
     }
     ModifierRelease(const ModifierRelease&) = delete;
@@ -85,7 +94,7 @@ public:
 
 private:
     const XTestKeyOutput::Connection& connection_;
-    std::vector<unsigned int> held_;
+    XTestKeyOutput::Connection::HeldKeys held_;
     bool capsLocked_;
 };
 
