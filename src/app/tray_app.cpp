@@ -99,7 +99,13 @@ void AppDelegate::applicationDidFinishLaunching() {
 
     // 3. The tray icon and its menu.
     menuBarController_ = std::make_unique<ui::MenuBarController>(
-        notifications_, [this] { return settings_->settingsLanguage(); }, [this] { quit_(); });
+        notifications_, [this] { return settings_->settingsLanguage(); }, [this] { quit_(); },
+        [this] {
+            // One click: the request, then the settings of what is missing.
+            if (!permissionsManager_) return;
+            permissionsManager_->requestMissing();
+            permissionsManager_->openSettingsForMissing();
+        });
     if (!QSystemTrayIcon::isSystemTrayAvailable()) {
         logger_.log().app.info("menuBar: no system tray yet; the icon docks when one appears");
     }
@@ -133,9 +139,15 @@ void AppDelegate::createLayoutSwitching() {
     permissionsManager_ = std::make_unique<PermissionsManager>(*permissions_);
     permissionPolling_ = std::make_unique<PermissionPolling>(
         *monitor_, *permissionsManager_, loop_,
-        PermissionPolling::Banner{
-            [this] { logger_.log().app.warning("keyboard: the keyboard cannot be watched; retrying every 2 s"); },
-            [this] { logger_.log().app.info("keyboard: watching the keyboard"); }});
+        PermissionPolling::Banner{[this] {
+                                      logger_.log().app.warning(
+                                          "keyboard: the keyboard cannot be watched; retrying every 2 s");
+                                      menuBarController_->showAccessibilityNeeded();
+                                  },
+                                  [this] {
+                                      logger_.log().app.info("keyboard: watching the keyboard");
+                                      menuBarController_->clearAccessibilityNeeded();
+                                  }});
     permissionPolling_->launch();
     // Events that arrived while the tap was being set up.
     eventTap_->dispatchPending();

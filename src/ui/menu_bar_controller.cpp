@@ -1,9 +1,14 @@
 #include "ui/menu_bar_controller.h"
 
+#include <algorithm>
 #include <string_view>
 #include <utility>
 
 #include <QAction>
+#include <QColor>
+#include <QFont>
+#include <QPainter>
+#include <QPixmap>
 #include <QCursor>
 #include <QMenu>
 #include <QPoint>
@@ -15,19 +20,51 @@
 namespace orvantis::ui {
 namespace {
 
-constexpr const char* kTooltip = "Orvantis";
+constexpr int kBannerTag = 200;
+
+/// `base` with a round badge carrying `mark` in its lower right corner.
+QIcon badged(const QIcon& base, const QColor& colour, const QString& mark) {
+    QIcon icon;
+    for (int size : {16, 22, 24, 32, 48, 64}) {
+        QPixmap pixmap = base.pixmap(size, size);
+        if (pixmap.isNull()) {
+            pixmap = QPixmap(size, size);
+            pixmap.fill(Qt::transparent);
+        }
+        QPainter painter(&pixmap);
+        painter.setRenderHint(QPainter::Antialiasing);
+        const int badge = size * 3 / 5;
+        const QRect circle(size - badge, size - badge, badge, badge);
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(colour);
+        painter.drawEllipse(circle);
+        QFont font = painter.font();
+        font.setBold(true);
+        font.setPixelSize(std::max(6, badge * 3 / 4));
+        painter.setFont(font);
+        painter.setPen(Qt::white);
+        painter.drawText(circle, Qt::AlignCenter, mark);
+        painter.end();
+        icon.addPixmap(pixmap);
+    }
+    return icon;
+}
 
 QString toQString(std::string_view text) { return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())); }
 
 }  // namespace
 
 MenuBarController::MenuBarController(NotificationCenter& notifications, std::function<SettingsLanguage()> language,
-                                     std::function<void()> quit)
-    : language_(std::move(language)), quit_(std::move(quit)) {
+                                     std::function<void()> quit, std::function<void()> openAccessibilitySettings)
+    : language_(std::move(language)), quit_(std::move(quit)),
+      openAccessibilitySettings_(std::move(openAccessibilitySettings)) {
     configureButton();
     buildMenu();
     languageChanged_ = notifications.observe(orvantisSettingsLanguageChanged, [this] { handleSettingsLanguageChanged(); });
     needsRebuild_ = notifications.observe(orvantisMenuBarNeedsRebuild, [this] { handleMenuBarNeedsRebuild(); });
+    noOppositeSource_ = notifications.observe(orvantisNoOppositeSource, [this] { handleNoOppositeSource(); });
+    clearedWarning_ = notifications.observe(orvantisClearedWarning, [this] { handleClearedWarning(); });
+    renderStatusItem();
     connect(&statusItem_, &QSystemTrayIcon::activated, this,
             [this](QSystemTrayIcon::ActivationReason reason) { handleActivated(reason); });
     statusItem_.show();
@@ -41,8 +78,8 @@ MenuBarController::~MenuBarController() {
 void MenuBarController::configureButton() {
     KeyboardIcon loaded = KeyboardIcon::load();
     iconSource_ = loaded.source;
-    statusItem_.setIcon(loaded.icon);
-    statusItem_.setToolTip(QString::fromLatin1(kTooltip));
+    keyboardIcon_ = loaded.icon;
+    statusItem_.setIcon(keyboardIcon_);
 }
 
 void MenuBarController::buildMenu() {
@@ -61,7 +98,84 @@ void MenuBarController::buildMenu() {
     if (old != nullptr) old->deleteLater();
 }
 
-void MenuBarController::handleSettingsLanguageChanged() { buildMenu(); }
+void MenuBarController::renderStatusItem() {
+    if (accessibilityBannerVisible_) {
+        statusIcon_ = StatusIcon::permissionsRequired;
+        statusItem_.setIcon(badged(keyboardIcon_, QColor(0xd0, 0x30, 0x30), QStringLiteral("!")));
+        description_ = QStringLiteral("Permissions required");
+    } else if (noSourceWarningVisible_) {
+        statusIcon_ = StatusIcon::noOppositeSource;
+        statusItem_.setIcon(badged(keyboardIcon_, QColor(0xe0, 0x90, 0x10), QStringLiteral("?")));
+        description_ = QString::fromUtf8("Orvantis — No opposite layout found");
+    } else {
+        statusIcon_ = StatusIcon::keyboard;
+        statusItem_.setIcon(keyboardIcon_);
+        description_ = QStringLiteral("Orvantis");
+    }
+    statusItem_.setToolTip(toolTip_.isEmpty() ? description_ : toolTip_);
+}
+
+void MenuBarController::setToolTip(const QString& text) {
+    toolTip_ = text;
+    statusItem_.setToolTip(toolTip_.isEmpty() ? description_ : toolTip_);
+}
+
+void MenuBarController::showAccessibilityNeeded() {
+    accessibilityBannerVisible_ = true;
+    renderStatusItem();
+    setToolTip(QString::fromUtf8(
+        "Hotkeys disabled — Accessibility or Input Monitoring permission missing. Click the menu."));
+    const SettingsStrings strings = SettingsStrings::make(language_ ? language_() : SettingsLanguage::en);
+    auto* banner = new QAction(toQString(strings.menuEnablePermissionsItem), menu_);
+    banner->setObjectName(QStringLiteral("menuEnablePermissionsItem"));
+    banner->setData(kBannerTag);
+    connect(banner, &QAction::triggered, this, [this] {
+        if (openAccessibilitySettings_) openAccessibilitySettings_();
+    });
+    QAction* first = menu_->actions().isEmpty() ? nullptr : menu_->actions().first();
+    menu_->insertAction(first, banner);
+    auto* separator = new QAction(menu_);
+    separator->setSeparator(true);
+    menu_->insertAction(first, separator);
+}
+
+void MenuBarController::clearAccessibilityNeeded() {
+    accessibilityBannerVisible_ = false;
+    renderStatusItem();
+    setToolTip({});
+    for (QAction* action : menu_->actions()) {
+        if (action->data().toInt() == kBannerTag) {
+            menu_->removeAction(action);
+            action->deleteLater();
+            break;
+        }
+    }
+    if (!menu_->actions().isEmpty() && menu_->actions().first()->isSeparator()) {
+        QAction* separator = menu_->actions().first();
+        menu_->removeAction(separator);
+        separator->deleteLater();
+    }
+}
+
+void MenuBarController::handleNoOppositeSource() {
+    noSourceWarningVisible_ = true;
+    renderStatusItem();
+    setToolTip(QString::fromUtf8("Add a second keyboard layout in System Settings → Keyboard → Input Sources"));
+}
+
+void MenuBarController::handleClearedWarning() {
+    noSourceWarningVisible_ = false;
+    renderStatusItem();
+    setToolTip({});
+}
+
+void MenuBarController::handleSettingsLanguageChanged() {
+    bool hadBanner = false;
+    for (QAction* action : menu_->actions()) hadBanner |= action->data().toInt() == kBannerTag;
+    buildMenu();
+    // The banner comes back, in the new language.
+    if (hadBanner) showAccessibilityNeeded();
+}
 
 void MenuBarController::handleMenuBarNeedsRebuild() { buildMenu(); }
 

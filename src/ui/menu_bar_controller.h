@@ -26,14 +26,28 @@ public:
     /// its end sequence; it is called from the Quit item. The menu is built anew when the
     /// interface language changes and after every save of the settings.
     MenuBarController(NotificationCenter& notifications, std::function<SettingsLanguage()> language,
-                      std::function<void()> quit);
+                      std::function<void()> quit, std::function<void()> openAccessibilitySettings = {});
     ~MenuBarController() override;
     MenuBarController(const MenuBarController&) = delete;
     MenuBarController& operator=(const MenuBarController&) = delete;
 
     /// Builds a new menu in the current language and makes it the icon's menu. The old menu
     /// is freed once control is back in the event loop, so this is safe from one of its items.
+    /// A permission banner that stood in the old menu is not carried over.
     void buildMenu();
+
+    /// The hotkeys are off for want of a permission: the lock icon, its tool tip, and the
+    /// banner item leading the menu. Each call inserts the item again: call it once per menu.
+    void showAccessibilityNeeded();
+    /// Takes the banner away again; a menu without one is left as it is.
+    void clearAccessibilityNeeded();
+    /// Shows the icon of the first state that applies: missing permission, no second layout,
+    /// else the plain keyboard.
+    void renderStatusItem();
+
+    /// What the icon shows now.
+    enum class StatusIcon { keyboard, permissionsRequired, noOppositeSource };
+    StatusIcon statusIcon() const { return statusIcon_; }
 
     /// The tray icon itself.
     QSystemTrayIcon& statusItem() { return statusItem_; }
@@ -49,14 +63,26 @@ private:
     void handleActivated(QSystemTrayIcon::ActivationReason reason);
     void handleSettingsLanguageChanged();
     void handleMenuBarNeedsRebuild();
+    void handleNoOppositeSource();
+    void handleClearedWarning();
+    void setToolTip(const QString& text);
 
     std::function<SettingsLanguage()> language_;
     std::function<void()> quit_;
+    std::function<void()> openAccessibilitySettings_;
     QSystemTrayIcon statusItem_;
+    QIcon keyboardIcon_;
+    bool accessibilityBannerVisible_ = false;
+    bool noSourceWarningVisible_ = false;
+    QString toolTip_;      ///< set by a state that explains itself; empty otherwise
+    QString description_;  ///< what the icon stands for, shown when there is no tool tip
+    StatusIcon statusIcon_ = StatusIcon::keyboard;
     KeyboardIcon::Source iconSource_ = KeyboardIcon::Source::Text;
     QMenu* menu_ = nullptr;  ///< owned; menus are top-level widgets and take no QObject parent
     Subscription languageChanged_;
     Subscription needsRebuild_;
+    Subscription noOppositeSource_;
+    Subscription clearedWarning_;
 };
 
 }  // namespace orvantis::ui

@@ -103,5 +103,73 @@ TEST_F(MenuBarControllerTest, EverySaveRebuildsTheMenu) {
     EXPECT_NE(controller.menu(), before);
 }
 
+TEST_F(MenuBarControllerTest, TheBannerLeadsTheMenuWithTheLockIconAndItsToolTip) {
+    int opened = 0;
+    MenuBarController controller(notifications_, [] { return SettingsLanguage::en; }, [] {}, [&] { ++opened; });
+    controller.showAccessibilityNeeded();
+    const auto actions = controller.menu()->actions();
+    ASSERT_EQ(actions.size(), 3);
+    EXPECT_EQ(actions[0]->text(), QString::fromUtf8("Enable Permissions…"));
+    EXPECT_TRUE(actions[1]->isSeparator());
+    EXPECT_EQ(controller.statusIcon(), MenuBarController::StatusIcon::permissionsRequired);
+    EXPECT_EQ(controller.statusItem().toolTip(),
+              QString::fromUtf8("Hotkeys disabled — Accessibility or Input Monitoring permission missing. Click the menu."));
+    actions[0]->trigger();
+    EXPECT_EQ(opened, 1);
+
+    controller.clearAccessibilityNeeded();
+    ASSERT_EQ(controller.menu()->actions().size(), 1);
+    EXPECT_EQ(controller.menu()->actions()[0]->objectName(), QStringLiteral("menuQuitItem"));
+    EXPECT_EQ(controller.statusIcon(), MenuBarController::StatusIcon::keyboard);
+    EXPECT_EQ(controller.statusItem().toolTip(), QStringLiteral("Orvantis"));
+}
+
+TEST_F(MenuBarControllerTest, ClearingAMenuWithoutBannerLeavesItAsItIs) {
+    MenuBarController controller(notifications_, [] { return SettingsLanguage::en; }, [] {});
+    controller.clearAccessibilityNeeded();
+    EXPECT_EQ(controller.menu()->actions().size(), 1);
+}
+
+TEST_F(MenuBarControllerTest, TwoCallsInsertTheBannerTwice) {
+    MenuBarController controller(notifications_, [] { return SettingsLanguage::en; }, [] {});
+    controller.showAccessibilityNeeded();
+    controller.showAccessibilityNeeded();
+    EXPECT_EQ(controller.menu()->actions().size(), 5);
+}
+
+TEST_F(MenuBarControllerTest, ALanguageChangeKeepsTheBannerAtTheTopInTheNewLanguage) {
+    SettingsLanguage language = SettingsLanguage::en;
+    MenuBarController controller(notifications_, [&] { return language; }, [] {});
+    controller.showAccessibilityNeeded();
+    language = SettingsLanguage::ru;
+    notifications_.post(orvantisSettingsLanguageChanged);
+    const auto actions = controller.menu()->actions();
+    ASSERT_EQ(actions.size(), 3);
+    EXPECT_EQ(actions[0]->text(), QString::fromUtf8("Включить разрешения…"));
+    EXPECT_EQ(actions[2]->text(), QString::fromUtf8("Выйти из Orvantis"));
+}
+
+TEST_F(MenuBarControllerTest, ARebuildAfterASaveDropsTheBanner) {
+    MenuBarController controller(notifications_, [] { return SettingsLanguage::en; }, [] {});
+    controller.showAccessibilityNeeded();
+    notifications_.post(orvantisMenuBarNeedsRebuild);
+    EXPECT_EQ(controller.menu()->actions().size(), 1);
+}
+
+TEST_F(MenuBarControllerTest, TheNoLayoutWarningShowsUntilASwitchSucceedsAndYieldsToThePermissionBanner) {
+    MenuBarController controller(notifications_, [] { return SettingsLanguage::en; }, [] {});
+    notifications_.post(orvantisNoOppositeSource);
+    EXPECT_EQ(controller.statusIcon(), MenuBarController::StatusIcon::noOppositeSource);
+    EXPECT_EQ(controller.statusItem().toolTip(),
+              QString::fromUtf8("Add a second keyboard layout in System Settings → Keyboard → Input Sources"));
+    controller.showAccessibilityNeeded();
+    EXPECT_EQ(controller.statusIcon(), MenuBarController::StatusIcon::permissionsRequired);
+    controller.clearAccessibilityNeeded();
+    EXPECT_EQ(controller.statusIcon(), MenuBarController::StatusIcon::noOppositeSource);
+    notifications_.post(orvantisClearedWarning);
+    EXPECT_EQ(controller.statusIcon(), MenuBarController::StatusIcon::keyboard);
+    EXPECT_EQ(controller.statusItem().toolTip(), QStringLiteral("Orvantis"));
+}
+
 }  // namespace
 }  // namespace orvantis::ui
