@@ -202,6 +202,12 @@ std::int64_t truncateReal(double v) {
 
 }  // namespace
 
+PreferenceStore::FileSignature PreferenceStore::signatureOf(const struct stat& info) {
+    return FileSignature{static_cast<std::uint64_t>(info.st_dev), static_cast<std::uint64_t>(info.st_ino),
+                         static_cast<std::uint64_t>(info.st_size),
+                         static_cast<std::int64_t>(info.st_mtim.tv_sec) * 1000000000 + info.st_mtim.tv_nsec};
+}
+
 PreferenceStore::PreferenceStore(std::filesystem::path file, platform::SerialQueue& writer, AppLog* log)
     : file_(std::move(file)), writer_(writer), log_(log) {
     loadInitial();
@@ -286,9 +292,7 @@ void PreferenceStore::loadInitial() {
     }
     std::lock_guard lock(mutex_);
     for (auto& [key, value] : *values) stored_.insert_or_assign(key, std::move(value));
-    lastKnown_ = FileSignature{static_cast<std::uint64_t>(read.info.st_dev), static_cast<std::uint64_t>(read.info.st_ino),
-                               static_cast<std::uint64_t>(read.info.st_size),
-                               static_cast<std::int64_t>(read.info.st_mtim.tv_sec) * 1000000000 + read.info.st_mtim.tv_nsec};
+    lastKnown_ = signatureOf(read.info);
 }
 
 void PreferenceStore::registerDefaults(const std::map<std::string, PreferenceValue>& defaults) {
@@ -571,9 +575,7 @@ void PreferenceStore::writePending() {
     {
         std::lock_guard lock(mutex_);
         if (statted)
-            lastKnown_ = FileSignature{static_cast<std::uint64_t>(info.st_dev), static_cast<std::uint64_t>(info.st_ino),
-                                       static_cast<std::uint64_t>(info.st_size),
-                                       static_cast<std::int64_t>(info.st_mtim.tv_sec) * 1000000000 + info.st_mtim.tv_nsec};
+            lastKnown_ = signatureOf(info);
         if (diskKnown) changedByOthers = mergeFromDiskLocked(disk);
     }
     // Release the lock before anyone is told, so that callbacks can never hold it up.
@@ -593,9 +595,7 @@ void PreferenceStore::checkForExternalChanges() {
     struct stat info {};
     std::optional<FileSignature> now;
     if (::stat(file_.c_str(), &info) == 0)
-        now = FileSignature{static_cast<std::uint64_t>(info.st_dev), static_cast<std::uint64_t>(info.st_ino),
-                            static_cast<std::uint64_t>(info.st_size),
-                            static_cast<std::int64_t>(info.st_mtim.tv_sec) * 1000000000 + info.st_mtim.tv_nsec};
+        now = signatureOf(info);
     std::uint64_t generation = 0;
     {
         std::lock_guard lock(mutex_);
@@ -607,11 +607,7 @@ void PreferenceStore::checkForExternalChanges() {
     if (now) {
         FileRead read = readWholeFile(file_);
         if (read.status == FileRead::Status::Read) {
-            seen = FileSignature{static_cast<std::uint64_t>(read.info.st_dev),
-                                 static_cast<std::uint64_t>(read.info.st_ino),
-                                 static_cast<std::uint64_t>(read.info.st_size),
-                                 static_cast<std::int64_t>(read.info.st_mtim.tv_sec) * 1000000000 +
-                                     read.info.st_mtim.tv_nsec};
+            seen = signatureOf(read.info);
             auto parsed = parsePropertyList(read.bytes);
             if (!parsed) {
                 // Another process left a damaged file: keep what is in memory; the next write

@@ -17,6 +17,8 @@
 #include "platform/serial_queue.h"
 #include "platform/subscription.h"
 
+struct stat;
+
 namespace orvantis {
 
 struct AppLog;
@@ -122,6 +124,8 @@ private:
     /// nullopt means: remove the key.
     using PendingChanges = std::map<std::string, std::optional<PreferenceValue>>;
 
+    /// The identity of a file as stat() gives it: a replaced file always has a new one.
+    static FileSignature signatureOf(const struct stat& info);
     const PreferenceValue* lookupLocked(std::string_view key) const;
     static bool asBool(const PreferenceValue& value);
     static std::int64_t asInteger(const PreferenceValue& value);

@@ -2,6 +2,7 @@
 
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "core/log/app_logger.h"
 #include "platform/key_output.h"
@@ -81,19 +82,31 @@ struct X11EventTap::Connection {
         if (keymap != nullptr) xkb_keymap_unref(keymap);
         keymap = newKeymap;
         state = newState;
+        indexModifiers();
         return true;
+    }
+
+    /// The flag bit of each modifier of the keymap, looked up once per keymap so that a key
+    /// event costs no name look-ups.
+    std::vector<std::pair<xkb_mod_index_t, std::uint64_t>> modifierFlags;
+
+    void indexModifiers() {
+        modifierFlags.clear();
+        const std::pair<const char*, std::uint64_t> names[] = {
+            {XKB_MOD_NAME_SHIFT, platform::key_flags::kShift}, {XKB_MOD_NAME_CTRL, platform::key_flags::kCommand},
+            {XKB_MOD_NAME_ALT, platform::key_flags::kOption},  {XKB_MOD_NAME_LOGO, platform::key_flags::kControl},
+            {XKB_MOD_NAME_CAPS, kCapsLockFlag},
+        };
+        for (const auto& [name, flag] : names) {
+            const xkb_mod_index_t index = xkb_keymap_mod_get_index(keymap, name);
+            if (index != XKB_MOD_INVALID) modifierFlags.emplace_back(index, flag);
+        }
     }
 
     std::uint64_t currentFlags() const {
         std::uint64_t flags = 0;
-        auto active = [&](const char* name) {
-            return xkb_state_mod_name_is_active(state, name, XKB_STATE_MODS_EFFECTIVE) > 0;
-        };
-        if (active(XKB_MOD_NAME_SHIFT)) flags |= platform::key_flags::kShift;
-        if (active(XKB_MOD_NAME_CTRL)) flags |= platform::key_flags::kCommand;
-        if (active(XKB_MOD_NAME_ALT)) flags |= platform::key_flags::kOption;
-        if (active(XKB_MOD_NAME_LOGO)) flags |= platform::key_flags::kControl;
-        if (active(XKB_MOD_NAME_CAPS)) flags |= kCapsLockFlag;
+        for (const auto& [index, flag] : modifierFlags)
+            if (xkb_state_mod_index_is_active(state, index, XKB_STATE_MODS_EFFECTIVE) > 0) flags |= flag;
         return flags;
     }
 

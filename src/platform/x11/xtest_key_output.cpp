@@ -75,22 +75,22 @@ namespace {
 /// modifiers go down again at the end, other keys stay up (pressed again they would type).
 /// A key still down, like the key of the hotkey that started the injection, would otherwise
 /// swallow the program's own press of the same key.
-class ModifierRelease {
+class HeldKeysRelease {
 public:
-    explicit ModifierRelease(const XTestKeyOutput::Connection& connection)
+    explicit HeldKeysRelease(const XTestKeyOutput::Connection& connection)
         : connection_(connection), held_(connection.heldKeys()),
           capsLocked_((connection.lockedModifiers() & LockMask) != 0) {
         for (unsigned int keycode : held_.others) connection_.key(keycode, false);
         for (unsigned int keycode : held_.modifiers) connection_.key(keycode, false);
         if (capsLocked_) XkbLockModifiers(connection_.display, XkbUseCoreKbd, LockMask, 0);
     }
-    ~ModifierRelease() {
+    ~HeldKeysRelease() {
         if (capsLocked_) XkbLockModifiers(connection_.display, XkbUseCoreKbd, LockMask, LockMask);
         for (unsigned int keycode : held_.modifiers) connection_.key(keycode, true);
         XFlush(connection_.display);
     }
-    ModifierRelease(const ModifierRelease&) = delete;
-    ModifierRelease& operator=(const ModifierRelease&) = delete;
+    HeldKeysRelease(const HeldKeysRelease&) = delete;
+    HeldKeysRelease& operator=(const HeldKeysRelease&) = delete;
 
 private:
     const XTestKeyOutput::Connection& connection_;
@@ -120,7 +120,7 @@ void XTestKeyOutput::postKey(std::uint16_t virtualKey, std::uint64_t flags) {
     if (!keycode) return;  // no such key here: nothing may be half-sent
     injecting_ = true;
     {
-        ModifierRelease release(*connection_);
+        HeldKeysRelease release(*connection_);
         std::vector<unsigned int> modifiers;
         auto add = [&](std::uint64_t bit, KeySym keysym) {
             if ((flags & bit) == 0) return;
@@ -142,7 +142,7 @@ void XTestKeyOutput::postKey(std::uint16_t virtualKey, std::uint64_t flags) {
 void XTestKeyOutput::typeText(std::string_view utf8) {
     injecting_ = true;
     {
-        ModifierRelease release(*connection_);
+        HeldKeysRelease release(*connection_);
         for (const auto& codePoint : text::codePoints(utf8)) typeCodePoint(codePoint.valid ? codePoint.value : U'\uFFFD');
     }
     XSync(connection_->display, False);
