@@ -1,16 +1,24 @@
 #include "app/command_line.h"
 
+#include <algorithm>
 #include <iostream>
 #include <memory>
+#include <optional>
 #include <string_view>
 
 #include <nlohmann/json.hpp>
 
 #include "build_info.h"
+#include "core/layout/layout_translator.h"
+#include "core/layout/text_switch_coordinator.h"
+#include "core/layout/transliteration_map.h"
 #include "core/log/app_logger.h"
 #include "core/settings/app_settings.h"
 #include "core/settings/preference_store.h"
 #include "core/settings/setting_properties.h"
+#include "core/text/graphemes.h"
+#include "core/text/utf.h"
+#include "core/text/character_class.h"
 #include "platform/clock.h"
 #include "platform/freedesktop/xdg_paths.h"
 #include "platform/serial_queue.h"
@@ -25,6 +33,9 @@ constexpr std::string_view kUsage =
     "  orvantis settings get NAME      the value of one setting as JSON\n"
     "  orvantis settings set NAME JSON write one setting (numbers are kept in their range)\n"
     "  orvantis settings reset NAME    remove the stored value: the default answers again\n"
+    "  orvantis convert [--table fixed|system] TEXT\n"
+    "                                  what the layout hotkey would retype for TEXT, a word\n"
+    "                                  or a selection (the session's layouts by default)\n"
     "  orvantis --version              the version and build\n"
     "  orvantis --help                 this text\n"
     "\n"
@@ -111,11 +122,75 @@ int runSettings(const std::vector<std::string>& args) {
     return 0;
 }
 
+enum class ConversionTable { automatic, fixed, system };
+
+int runConvert(const std::vector<std::string>& args, const CommandLineEnvironment& environment) {
+    ConversionTable table = ConversionTable::automatic;
+    std::optional<std::string> input;
+    bool optionsEnded = false;
+    for (std::size_t i = 1; i < args.size(); ++i) {
+        const std::string& arg = args[i];
+        if (!optionsEnded && arg == "--") {
+            optionsEnded = true;
+        } else if (!optionsEnded && (arg == "--table" || arg.starts_with("--table="))) {
+            std::string name;
+            if (arg == "--table") {
+                if (i + 1 >= args.size()) return usageError("convert --table needs fixed or system");
+                name = args[++i];
+            } else {
+                name = arg.substr(std::string_view("--table=").size());
+            }
+            if (name == "fixed") table = ConversionTable::fixed;
+            else if (name == "system") table = ConversionTable::system;
+            else return usageError("convert --table takes fixed or system, not \"" + name + "\"");
+        } else if (!optionsEnded && arg.starts_with("--")) {
+            return usageError("unknown option \"" + arg + "\" for convert");
+        } else if (input) {
+            return usageError("convert takes one TEXT (quote a selection with spaces)");
+        } else {
+            input = arg;
+        }
+    }
+    if (!input) return usageError("convert needs TEXT");
+    if (!text::isValidUtf8(*input)) {
+        std::cerr << "orvantis: convert: TEXT is not valid UTF-8\n";
+        return 2;
+    }
+
+    std::unique_ptr<platform::InputSources> sources;
+    if (table != ConversionTable::fixed && environment.sessionInputSources) {
+        sources = environment.sessionInputSources();
+    }
+    if (table == ConversionTable::system && !sources) {
+        std::cerr << "orvantis: convert: no desktop keyboard layouts to read (is DISPLAY set?); "
+                     "--table fixed works without one\n";
+        return 1;
+    }
+    std::optional<LayoutTranslator> translator;
+    if (sources) translator.emplace(*sources);
+    const TransliterationMap map = translator ? TransliterationMap(*translator) : TransliterationMap();
+    if (translator && !translator->buildPair()) {
+        std::cerr << "orvantis: convert: the session has no English and Russian pair of layouts; "
+                     "the fixed table was used\n";
+    }
+
+    const std::vector<std::string> chars = text::graphemes(*input);
+    const bool selection = std::any_of(chars.begin(), chars.end(),
+                                       [](const std::string& c) { return text::isWhitespace(c); });
+    // A selection of mixed scripts is left alone, as the hotkey leaves it.
+    const bool convertible = !selection || TextSwitchCoordinator::isConvertibleSelection(chars);
+    const std::vector<std::string> result =
+        convertible ? TextSwitchCoordinator::converted(map, chars) : chars;
+    for (const std::string& c : result) std::cout << c;
+    std::cout << '\n';
+    return 0;
+}
+
 }  // namespace
 
 bool isCommandLineInvocation(const std::vector<std::string>& args) { return !args.empty(); }
 
-int runCommandLine(const std::vector<std::string>& args) {
+int runCommandLine(const std::vector<std::string>& args, const CommandLineEnvironment& environment) {
     if (args.empty()) return usageError("no command");
     if (args[0] == "--version" && args.size() == 1) {
         std::cout << "Orvantis " << build::kVersion << " (build " << build::kBuild << ")\n";
@@ -126,6 +201,7 @@ int runCommandLine(const std::vector<std::string>& args) {
         return 0;
     }
     if (args[0] == "settings") return runSettings(args);
+    if (args[0] == "convert") return runConvert(args, environment);
     return usageError("unknown command \"" + args[0] + "\"");
 }
 

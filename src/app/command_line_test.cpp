@@ -4,6 +4,7 @@
 
 #include <cstdlib>
 
+#include "platform/sim/input_sources.h"
 #include "testing/test_support.h"
 
 namespace orvantis::app {
@@ -25,10 +26,10 @@ protected:
         setenv("XDG_CONFIG_HOME", (dir_.path() / "config").c_str(), 1);
         setenv("XDG_STATE_HOME", (dir_.path() / "state").c_str(), 1);
     }
-    Result run(std::vector<std::string> args) {
+    Result run(std::vector<std::string> args, const CommandLineEnvironment& environment = {}) {
         ::testing::internal::CaptureStdout();
         ::testing::internal::CaptureStderr();
-        const int status = runCommandLine(args);
+        const int status = runCommandLine(args, environment);
         std::string out = ::testing::internal::GetCapturedStdout();
         std::string err = ::testing::internal::GetCapturedStderr();
         return {status, out, err};
@@ -138,6 +139,108 @@ TEST_F(CommandLineTest, VersionAndHelp) {
     const auto help = run({"--help"});
     EXPECT_EQ(help.status, 0);
     EXPECT_NE(help.out.find("orvantis settings set NAME JSON"), std::string::npos);
+}
+
+// --- convert --------------------------------------------------------------------------------
+
+/// A desktop whose session has the XKB layouts `layouts` ("us", "ru(phonetic)", ...).
+CommandLineEnvironment sessionWith(std::vector<std::pair<std::string, std::string>> layouts) {
+    CommandLineEnvironment environment;
+    environment.sessionInputSources = [layouts]() -> std::unique_ptr<platform::InputSources> {
+        auto sources = std::make_unique<sim::InputSources>();
+        for (const auto& [layout, variant] : layouts) {
+            const bool russian = layout == "ru";
+            EXPECT_TRUE(sources->addXkb(layout, variant, russian ? "Russian" : "English (US)",
+                                        {russian ? "ru" : "en"}));
+        }
+        return sources;
+    };
+    return environment;
+}
+
+CommandLineEnvironment noDesktop() {
+    CommandLineEnvironment environment;
+    environment.sessionInputSources = [] { return std::unique_ptr<platform::InputSources>(); };
+    return environment;
+}
+
+TEST_F(CommandLineTest, ConvertRetypesAWordThroughTheFixedTable) {
+    const auto r = run({"convert", "--table", "fixed", "ghbdtn"});
+    EXPECT_EQ(r.status, 0);
+    EXPECT_EQ(r.out, "привет\n");
+    EXPECT_EQ(r.err, "");
+    EXPECT_EQ(run({"convert", "--table=fixed", "руддщ"}).out, "hello\n");
+}
+
+TEST_F(CommandLineTest, ConvertKeepsACapitalAtTheStart) {
+    EXPECT_EQ(run({"convert", "--table", "fixed", "Ghbdtn"}).out, "Привет\n");
+    EXPECT_EQ(run({"convert", "--table", "fixed", "Руддщ"}).out, "Hello\n");
+}
+
+TEST_F(CommandLineTest, ConvertTakesASelectionWithSpacesAsTheHotkeyWould) {
+    EXPECT_EQ(run({"convert", "--table", "fixed", "Ghbdtn vbh"}).out, "Привет мир\n");
+    // Letters of two scripts in a selection: left as they are.
+    const auto mixed = run({"convert", "--table", "fixed", "hello мир"});
+    EXPECT_EQ(mixed.status, 0);
+    EXPECT_EQ(mixed.out, "hello мир\n");
+}
+
+TEST_F(CommandLineTest, ConvertExitsZeroWhenNothingChanges) {
+    const auto digits = run({"convert", "--table", "fixed", "2024"});
+    EXPECT_EQ(digits.status, 0);
+    EXPECT_EQ(digits.out, "2024\n");
+    const auto empty = run({"convert", "--table", "fixed", ""});
+    EXPECT_EQ(empty.status, 0);
+    EXPECT_EQ(empty.out, "\n");
+}
+
+TEST_F(CommandLineTest, ConvertUsesTheSessionsLayoutsByDefault) {
+    // The phonetic Russian layout puts other letters on the keys than the fixed table does.
+    const auto environment = sessionWith({{"us", ""}, {"ru", "phonetic"}});
+    const auto system = run({"convert", "ghbdtn"}, environment);
+    EXPECT_EQ(system.status, 0);
+    EXPECT_EQ(system.out, "гхбдтн\n");
+    EXPECT_EQ(run({"convert", "--table", "system", "ghbdtn"}, environment).out, "гхбдтн\n");
+    EXPECT_EQ(run({"convert", "--table", "fixed", "ghbdtn"}, environment).out, "привет\n");
+    EXPECT_EQ(run({"convert", "ghbdtn"}, sessionWith({{"us", ""}, {"ru", ""}})).out, "привет\n");
+}
+
+TEST_F(CommandLineTest, ConvertWithoutADesktopFallsBackOrFails) {
+    // Without a desktop the default is the fixed table.
+    EXPECT_EQ(run({"convert", "ghbdtn"}, noDesktop()).out, "привет\n");
+    EXPECT_EQ(run({"convert", "ghbdtn"}).out, "привет\n");
+    // Asked for the session's layouts where there are none: a failure that says so.
+    const auto r = run({"convert", "--table", "system", "ghbdtn"}, noDesktop());
+    EXPECT_EQ(r.status, 1);
+    EXPECT_EQ(r.out, "");
+    EXPECT_NE(r.err.find("--table fixed"), std::string::npos);
+}
+
+TEST_F(CommandLineTest, ConvertWithOneLayoutInTheSessionSaysTheFixedTableWasUsed) {
+    const auto r = run({"convert", "ghbdtn"}, sessionWith({{"us", ""}}));
+    EXPECT_EQ(r.status, 0);
+    EXPECT_EQ(r.out, "привет\n");
+    EXPECT_NE(r.err.find("fixed table was used"), std::string::npos);
+}
+
+TEST_F(CommandLineTest, ConvertRejectsBadArguments) {
+    for (const std::vector<std::string>& args : std::vector<std::vector<std::string>>{
+             {"convert"},
+             {"convert", "--table"},
+             {"convert", "--table", "phonetic", "x"},
+             {"convert", "--fast", "x"},
+             {"convert", "one", "two"},
+         }) {
+        const auto r = run(args, noDesktop());
+        EXPECT_EQ(r.status, 2) << args.size();
+        EXPECT_EQ(r.out, "");
+        EXPECT_NE(r.err.find("Usage:"), std::string::npos);
+    }
+    const auto invalid = run({"convert", "--table", "fixed", std::string("gh\xff\xfe")});
+    EXPECT_EQ(invalid.status, 2);
+    EXPECT_NE(invalid.err.find("not valid UTF-8"), std::string::npos);
+    // After "--" a text may start with dashes.
+    EXPECT_EQ(run({"convert", "--table", "fixed", "--", "--ghbdtn"}).out, "--привет\n");
 }
 
 }  // namespace

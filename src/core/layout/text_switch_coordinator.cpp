@@ -158,16 +158,7 @@ bool TextSwitchCoordinator::trySelectionSwitch(std::unique_ptr<TextElement> elem
     const std::optional<std::string> selected = element->selectedText();
     if (!selected) return false;
     const std::vector<std::string> chars = text::graphemes(*selected);
-    std::vector<std::string> letters;
-    std::copy_if(chars.begin(), chars.end(), std::back_inserter(letters),
-                 [](const std::string& c) { return text::isLetter(c); });
-    if (letters.empty()) return false;
-    const bool allAscii = std::all_of(letters.begin(), letters.end(),
-                                      [](const std::string& c) { return isAsciiLetterCharacter(c); });
-    const bool allCyrillic = std::all_of(letters.begin(), letters.end(),
-                                         [](const std::string& c) { return isCyrillicBlock(firstCodePoint(c)); });
-    // Letters of both kinds, or of a third script: not ours to guess.
-    if (!allAscii && !allCyrillic) return false;
+    if (!isConvertibleSelection(chars)) return false;
     const std::optional<InputSourceDescriptor> current = currentSource();
     if (!current) return false;
     const std::optional<InputSourceDescriptor> opposite = layoutSwitcher_.oppositeSource(*current);
@@ -251,6 +242,19 @@ void TextSwitchCoordinator::endInterval() {
 
 // --- Conversion -----------------------------------------------------------------------------
 
+bool TextSwitchCoordinator::isConvertibleSelection(const std::vector<std::string>& chars) {
+    std::vector<std::string> letters;
+    std::copy_if(chars.begin(), chars.end(), std::back_inserter(letters),
+                 [](const std::string& c) { return text::isLetter(c); });
+    if (letters.empty()) return false;
+    const bool allAscii = std::all_of(letters.begin(), letters.end(),
+                                      [](const std::string& c) { return isAsciiLetterCharacter(c); });
+    const bool allCyrillic = std::all_of(letters.begin(), letters.end(),
+                                         [](const std::string& c) { return isCyrillicBlock(firstCodePoint(c)); });
+    // Letters of both kinds, or of a third script: not ours to guess.
+    return allAscii || allCyrillic;
+}
+
 std::optional<TextSwitchCoordinator::WordFragment> TextSwitchCoordinator::extractWordFragment(
     const std::vector<std::string>& chars, std::size_t cursorPos) {
     std::size_t end = std::min(cursorPos, chars.size());
@@ -274,8 +278,13 @@ Direction TextSwitchCoordinator::dominantDirection(const std::vector<std::string
 }
 
 std::vector<std::string> TextSwitchCoordinator::convert(const std::vector<std::string>& chars) const {
+    return converted(map_, chars);
+}
+
+std::vector<std::string> TextSwitchCoordinator::converted(const TransliterationMap& map,
+                                                          const std::vector<std::string>& chars) {
     // The direction comes from the letters alone, never from the current source.
-    return preserveCapitalisation(chars, map_.transliterate(chars, dominantDirection(chars)));
+    return preserveCapitalisation(chars, map.transliterate(chars, dominantDirection(chars)));
 }
 
 std::vector<std::string> TextSwitchCoordinator::preserveCapitalisation(const std::vector<std::string>& original,

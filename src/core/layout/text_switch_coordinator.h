@@ -101,6 +101,13 @@ public:
     /// The direction the letters vote for: `ruToEn` only when there are more Cyrillic letters
     /// than ASCII letters, so a tie and a word without letters go `enToRu`.
     static TransliterationMap::Direction dominantDirection(const std::vector<std::string>& chars);
+    /// What the hotkey puts in place of `chars` (a word, or a whole selection): every character
+    /// through `map` in the direction the letters vote for, the first one uppercased when it was
+    /// an uppercase letter. Characters the map lacks stay as they are.
+    static std::vector<std::string> converted(const TransliterationMap& map, const std::vector<std::string>& chars);
+    /// Whether a selection of `chars` is converted at all: it has letters, and they are all
+    /// ASCII or all Cyrillic. Letters of both kinds, or of a third script, are left alone.
+    static bool isConvertibleSelection(const std::vector<std::string>& chars);
 
     /// The characters the switcher has seen of the word being typed.
     const KeystrokeBuffer& buffer() const { return buffer_; }
