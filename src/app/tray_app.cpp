@@ -1,10 +1,12 @@
 #include "app/tray_app.h"
 
+#include <cstdlib>
 #include <exception>
 #include <iostream>
 #include <utility>
 
 #include <QApplication>
+#include <QGuiApplication>
 #include <QSocketNotifier>
 #include <QSystemTrayIcon>
 
@@ -39,12 +41,43 @@
 
 #include <signal.h>
 #include <string.h>
+#include <X11/Xlib.h>
+#include <xcb/xcb.h>
 
 namespace orvantis::app {
 namespace {
 
 constexpr const char* kLoggerQueueLabel = "MOLVEX.Orvantis.AppLogger";
 constexpr const char* kPreferencesQueueLabel = "MOLVEX.Orvantis.Preferences";
+
+/// The delegate whose end sequence still has to run should a library end the process with
+/// exit(): Qt does when its connection to the X display breaks, Xlib on an I/O error. Set while
+/// the event loop runs.
+AppDelegate* delegateToEnd = nullptr;
+
+/// Xlib's handler for a broken connection, which prints a line and lets Xlib end the process;
+/// ours notes the break first.
+XIOErrorHandler xlibIOErrorHandler = nullptr;
+bool xlibConnectionBroke = false;
+
+int noteBrokenDisplay(Display* display) {
+    xlibConnectionBroke = true;
+    return xlibIOErrorHandler != nullptr ? xlibIOErrorHandler(display) : 0;
+}
+
+bool displayConnectionBroken() {
+    if (xlibConnectionBroke) return true;
+    const auto* x11 = qGuiApp ? qGuiApp->nativeInterface<QNativeInterface::QX11Application>() : nullptr;
+    return x11 != nullptr && x11->connection() != nullptr && xcb_connection_has_error(x11->connection()) != 0;
+}
+
+void endSequenceOnExit() {
+    AppDelegate* delegate = std::exchange(delegateToEnd, nullptr);
+    if (delegate == nullptr) return;
+    delegate->applicationEndsWithoutQuit(displayConnectionBroken()
+                                             ? "display: the connection to the X display broke; Orvantis ends"
+                                             : "a library ended the process; Orvantis ends");
+}
 
 std::string_view orUnknown(std::string_view value) { return value.empty() ? std::string_view("?") : value; }
 
@@ -172,6 +205,11 @@ void AppDelegate::logLaunchBanner() {
                                         inputMonitoring));
 }
 
+void AppDelegate::applicationEndsWithoutQuit(std::string_view reason) {
+    logger_.log().app.warning(reason);
+    applicationWillTerminate();
+}
+
 void AppDelegate::applicationWillTerminate() {
     logger_.log().app.info("terminating");
     // The permission poll ends before the monitor stops.
@@ -220,7 +258,12 @@ int runTrayApp(int& argc, char** argv) {
     platform::ThreadSerialQueue preferencesWriter(kPreferencesQueueLabel);
     AppDelegate delegate(logger, loop, preferencesWriter, [] { QCoreApplication::quit(); });
     delegate.applicationDidFinishLaunching();
+    // Registered once: runTrayApp runs once per process.
+    static const bool exitHookRegistered = std::atexit(endSequenceOnExit) == 0;
+    xlibIOErrorHandler = XSetIOErrorHandler(noteBrokenDisplay);
+    if (exitHookRegistered) delegateToEnd = &delegate;
     const int status = QApplication::exec();
+    delegateToEnd = nullptr;
     delegate.applicationWillTerminate();
     return status;
 }

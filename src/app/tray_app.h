@@ -56,6 +56,10 @@ public:
     /// The end sequence: logs "terminating", stops the parts that hold outside state, and
     /// waits until the log is on disk.
     void applicationWillTerminate();
+    /// The end sequence when a library ends the process with exit() instead of a quit (Qt
+    /// does when the X display goes away): `reason` as a warning, then the end sequence, so
+    /// the settings and the log still reach the disk.
+    void applicationEndsWithoutQuit(std::string_view reason);
 
     /// The tray icon's controller, from launch step 3 on; null before.
     ui::MenuBarController* menuBarController() const { return menuBarController_.get(); }
