@@ -14,6 +14,7 @@
 #include "testing/test_support.h"
 
 #include <X11/Xlib.h>
+#include <X11/extensions/XTest.h>
 
 namespace orvantis::x11 {
 namespace {
@@ -85,13 +86,17 @@ TEST_F(LiveTapTest, AGrabbedHotkeyIsSwallowedOrReplayedAsTheHandlerSays) {
     testing::RecordingWindow window(display_);
     auto dispatch = [this] { tap_->dispatchPending(); };
 
+    // The keyboard stays frozen until the tap has answered the grabbed press, as it does in
+    // the program, where the answer comes before any injection.
     output_->postKey(0, 0);
     output_->postKey(51, platform::key_flags::kShift);
+    waitForDowns(3);  // a, Shift, Backspace
     output_->postKey(11, 0);
     EXPECT_EQ(window.text(2, dispatch), "ab") << "swallowed: the window never sees Shift+Backspace";
 
     answer_ = EventDisposition::pass;
     output_->postKey(51, platform::key_flags::kShift);
+    waitForDowns(6);  // b, Shift, Backspace
     output_->postKey(0, 0);
     EXPECT_EQ(window.text(std::string("ab<BS>a").size(), dispatch), "ab<BS>a") << "passed: replayed to the window";
 }
@@ -108,6 +113,30 @@ TEST_F(LiveTapTest, AHotkeyHeldByAnotherProgramIsLoggedByItsLinuxName) {
     EXPECT_NE(log.find("[WARN ] App: keyboard: Super+Shift+X is held by another program"), std::string::npos) << log;
     XUngrabKey(display_, x, Mod4Mask | ShiftMask, DefaultRootWindow(display_));
     XSync(display_, False);
+}
+
+TEST_F(LiveTapTest, AKeycodeWithoutAPositionArrivesAsTheUnknownKeyCode) {
+    // The first keycode of the server that stands for no key position we know.
+    int minKeycode = 0;
+    int maxKeycode = 0;
+    XDisplayKeycodes(display_, &minKeycode, &maxKeycode);
+    int unknown = 0;
+    for (int keycode = minKeycode; keycode <= maxKeycode && unknown == 0; ++keycode) {
+        if (!virtualKeyForXKeycode(static_cast<std::uint32_t>(keycode))) unknown = keycode;
+    }
+    ASSERT_NE(unknown, 0);
+    XTestFakeKeyEvent(display_, static_cast<unsigned>(unknown), True, CurrentTime);
+    XTestFakeKeyEvent(display_, static_cast<unsigned>(unknown), False, CurrentTime);
+    XSync(display_, False);
+    output_->typeText("a");
+    waitForDowns(2);
+    std::string seen;
+    for (const auto& e : downs_) seen += std::to_string(e.keyCode) + "'" + e.characters + "' ";
+    ASSERT_EQ(downs_.size(), 2u) << "keycode " << unknown << ": " << seen;
+    EXPECT_EQ(downs_[0].keyCode, X11EventTap::kUnknownKeyCode);
+    // Typing after it is read as before.
+    EXPECT_EQ(downs_[1].keyCode, 0);
+    EXPECT_EQ(downs_[1].characters, "a");
 }
 
 }  // namespace

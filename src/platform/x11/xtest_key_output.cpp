@@ -21,6 +21,13 @@ namespace {
 // they read the key; with less, some of them see the old, empty binding.
 constexpr std::chrono::milliseconds kSpareKeySettle{5};
 
+// How long an injection waits for the user to let go of the keys still down (mostly the
+// hotkey's own), and how often it looks. Releasing them on the user's behalf and pressing the
+// modifiers again afterwards races with the real release: a release that lands between the two
+// leaves the modifier stuck down. So the keys are released for the user only after this wait.
+constexpr std::chrono::milliseconds kHeldKeysWait{400};
+constexpr std::chrono::milliseconds kHeldKeysPoll{3};
+
 }  // namespace
 
 struct XTestKeyOutput::Connection {
@@ -55,6 +62,20 @@ struct XTestKeyOutput::Connection {
         }
         if (map != nullptr) XFreeModifiermap(map);
         return held;
+    }
+
+    bool anyKeyHeld() const {
+        char keys[32] = {};
+        XQueryKeymap(display, keys);
+        for (unsigned int keycode = 8; keycode < 256; ++keycode)
+            if ((keys[keycode / 8] & (1 << (keycode % 8))) != 0) return true;
+        return false;
+    }
+
+    /// Returns once no key is down, or after `limit`.
+    void waitForKeysUp(std::chrono::milliseconds limit) const {
+        const auto deadline = std::chrono::steady_clock::now() + limit;
+        while (anyKeyHeld() && std::chrono::steady_clock::now() < deadline) std::this_thread::sleep_for(kHeldKeysPoll);
     }
 
     unsigned int lockedGroup() const {
@@ -119,6 +140,7 @@ void XTestKeyOutput::postKey(std::uint16_t virtualKey, std::uint64_t flags) {
     const auto keycode = xKeycodeForVirtualKey(virtualKey);
     if (!keycode) return;  // no such key here: nothing may be half-sent
     injecting_ = true;
+    connection_->waitForKeysUp(kHeldKeysWait);
     {
         HeldKeysRelease release(*connection_);
         std::vector<unsigned int> modifiers;
@@ -141,6 +163,7 @@ void XTestKeyOutput::postKey(std::uint16_t virtualKey, std::uint64_t flags) {
 
 void XTestKeyOutput::typeText(std::string_view utf8) {
     injecting_ = true;
+    connection_->waitForKeysUp(kHeldKeysWait);
     {
         HeldKeysRelease release(*connection_);
         for (const auto& codePoint : text::codePoints(utf8)) typeCodePoint(codePoint.valid ? codePoint.value : U'\uFFFD');
