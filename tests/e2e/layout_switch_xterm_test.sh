@@ -39,8 +39,11 @@ wait_until 3 at_least_deletes 12 || fail "the second press deleted nothing: $(by
 wait_until 3 word_count_at_least 2 || fail "the word did not come back: $(bytes)"
 sleep 0.4  # a stray third conversion would come at the end of the retype interval
 note "second press: $(bytes)"
+# Typing goes on as before: no modifier was left down by the retyping.
+xdotool type --delay 15 " abc"
+wait_until 3 has_text "ghbdtn abc" || fail "typing after the retype: $(bytes)"
 # The retyped characters never count as typing: no stray character was added.
-[[ $(LC_ALL=C tr -d '\010\177' <"$received") == "ghbdtnприветghbdtn" ]] || fail "unexpected bytes: $(bytes)"
+[[ $(LC_ALL=C tr -d '\010\177' <"$received") == "ghbdtnприветghbdtn abc" ]] || fail "unexpected bytes: $(bytes)"
 
 kill -TERM "$APP_PID"
 wait_exit "$APP_PID" 10
