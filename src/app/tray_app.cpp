@@ -24,6 +24,7 @@
 #include "core/settings/preference_store.h"
 #include "platform/clock.h"
 #include "platform/freedesktop/accessibility_bus.h"
+#include "platform/freedesktop/atspi_accessibility.h"
 #include "platform/freedesktop/journal_sink.h"
 #include "platform/freedesktop/os_release.h"
 #include "platform/freedesktop/single_instance_guard.h"
@@ -94,12 +95,6 @@ private:
     std::terminate_handler previous_;
 };
 
-/// No focused element is readable yet: the layout switcher retypes from what it saw typed.
-class NoAccessibility final : public platform::Accessibility {
-public:
-    std::unique_ptr<platform::TextElement> focusedTextElement() override { return nullptr; }
-};
-
 }  // namespace
 
 std::string launchBanner(std::string_view version, std::string_view build, std::string_view systemVersion,
@@ -156,7 +151,12 @@ void AppDelegate::createLayoutSwitching() {
         return;
     }
     permissions_ = std::make_unique<x11::X11Permissions>();
-    accessibility_ = std::make_unique<NoAccessibility>();
+    // Watching the keyboard counts as granted with the accessibility bus on, the text path's
+    // need; until then the tray shows the banner and retries.
+    eventTap_->setPermissionCheck([this] { return permissions_->hasAccessibility(); });
+    // The focused text field of other applications; without an accessibility bus the layout
+    // switcher retypes from what it saw typed.
+    accessibility_ = std::make_unique<freedesktop::AtspiAccessibility>(&logger_.log().app);
     eventTapWatch_ = std::make_unique<QSocketNotifier>(eventTap_->fileDescriptor(), QSocketNotifier::Read);
     QObject::connect(eventTapWatch_.get(), &QSocketNotifier::activated, eventTapWatch_.get(),
                      [this] { eventTap_->dispatchPending(); });
