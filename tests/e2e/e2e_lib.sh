@@ -209,3 +209,75 @@ screenshot() {
 region_stat() {
   convert "$1" -crop "$4x$5+$2+$3" +repage -colorspace Gray -format "%[fx:$6]" info:
 }
+
+# icon_colour_pixels IMAGE COLOUR: how many pixels of the tray icon's region (ICON_X/Y/W/H) in
+# IMAGE are close to COLOUR ("#e09010").
+icon_colour_pixels() {
+  convert "$1" -crop "${ICON_W}x${ICON_H}+${ICON_X}+${ICON_Y}" +repage -alpha off -fuzz 12% \
+    -fill black +opaque "$2" -fill white -opaque "$2" -colorspace Gray -format "%[fx:round(mean*w*h)]" info:
+}
+
+# hover_icon: the pointer leaves the icon, then moves within it and rests, so that its tool
+# tip comes anew (after the first tool tip, a jump straight onto the icon shows none).
+hover_icon() {
+  xdotool mousemove 640 400 sleep 0.2 mousemove $((ICON_X + 3)) $((ICON_Y + 3)) sleep 0.1 \
+    mousemove $((ICON_X + ICON_W / 2)) $((ICON_Y + ICON_H / 2))
+}
+
+# tooltip_text: the text of the tool tip that the program shows, read from its accessibility
+# tree (start it with QT_LINUX_ACCESSIBILITY_ALWAYS_ON=1); false while it shows none.
+tooltip_text() {
+  local address app path
+  address=$(gdbus call --session --dest org.a11y.Bus --object-path /org/a11y/bus \
+    --method org.a11y.Bus.GetAddress 2>/dev/null | sed -n "s/^('\(.*\)',)$/\1/p")
+  [[ -n $address ]] || return 1
+  for app in $(atspi_call "$address" org.a11y.atspi.Registry /org/a11y/atspi/accessible/root \
+    org.a11y.atspi.Accessible.GetChildren | grep -o "':[0-9.]*'" | tr -d "'"); do
+    [[ $(atspi_call "$address" "$app" /org/a11y/atspi/accessible/root org.freedesktop.DBus.Properties.Get \
+      org.a11y.atspi.Accessible Name) == "(<'Orvantis'>,)" ]] || continue
+    for path in $(atspi_call "$address" "$app" /org/a11y/atspi/accessible/root \
+      org.a11y.atspi.Accessible.GetChildren | grep -o "objectpath '[^']*'" | sed "s/^objectpath '//; s/'$//"); do
+      [[ $(atspi_call "$address" "$app" "$path" org.a11y.atspi.Accessible.GetRoleName) == "('tool tip',)" ]] || continue
+      atspi_call "$address" "$app" "$path" org.freedesktop.DBus.Properties.Get org.a11y.atspi.Accessible Name |
+        sed -n "s/^(<[\"']\(.*\)[\"']>,)$/\1/p"
+      return 0
+    done
+  done
+  return 1
+}
+
+atspi_call() { # ADDRESS DEST PATH METHOD ARGS...
+  local address=$1 dest=$2 path=$3 method=$4
+  shift 4
+  gdbus call --address "$address" --dest "$dest" --object-path "$path" --method "$method" "$@" 2>/dev/null
+}
+
+# A viewable top-level window of PID that is a tool tip; prints its id.
+tooltip_window() {
+  local pid=$1 window
+  for window in $(xdotool search --onlyvisible --pid "$pid" 2>/dev/null); do
+    is_top_level "$window" || continue
+    xprop -id "$window" _NET_WM_WINDOW_TYPE 2>/dev/null | grep -q '_NET_WM_WINDOW_TYPE_TOOLTIP' || continue
+    echo "$window"
+    return 0
+  done
+  return 1
+}
+
+no_tooltip() { ! tooltip_window "$1" >/dev/null; }
+
+# tooltip_screenshot NAME WINDOW: the strip of the screen from its top down to the tool tip
+# WINDOW, wide enough for the tray icon too, into the artifacts folder. Sets TIP_SHOT to its
+# path and TIP_X/Y/W/H to the tool tip's place in it.
+tooltip_screenshot() {
+  local name=$1 window=$2 whole left right
+  window_geometry "$window" || fail "no tool tip window $window"
+  whole=$(screenshot "$name-screen")
+  left=$((GEOMETRY_X < ICON_X ? GEOMETRY_X : ICON_X))
+  right=$((GEOMETRY_X + GEOMETRY_W > ICON_X + ICON_W ? GEOMETRY_X + GEOMETRY_W : ICON_X + ICON_W))
+  TIP_SHOT=$ORVANTIS_E2E_ARTIFACTS/$name.png
+  convert "$whole" -crop "$((right - left))x$((GEOMETRY_Y + GEOMETRY_H))+${left}+0" +repage "$TIP_SHOT" ||
+    fail "cannot cut the tool tip out of $whole"
+  rm -f "$whole"
+  TIP_X=$((GEOMETRY_X - left)) TIP_Y=$GEOMETRY_Y TIP_W=$GEOMETRY_W TIP_H=$GEOMETRY_H
+}

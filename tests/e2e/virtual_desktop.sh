@@ -2,11 +2,15 @@
 # A private X11 desktop for end-to-end tests and headless runs: Xvfb with a us,ru keyboard,
 # a session bus, the accessibility bus and a system tray, with XDG folders of its own.
 #
-#   virtual_desktop.sh start [--env-file FILE] [--no-tray]
+#   virtual_desktop.sh start [--env-file FILE] [--no-tray] [--no-a11y]
 #       Brings the desktop up. Prints `export` lines to evaluate, or with --env-file writes
 #       them to FILE (a copy is always in <desktop dir>/env). --no-tray leaves out the tray.
+#       --no-a11y leaves out the accessibility bus, and its session bus cannot start that bus
+#       on demand, so nothing brings it up behind the test's back.
 #   virtual_desktop.sh start-tray [ENV_FILE|DESKTOP_DIR]
 #       Starts the tray later, on a desktop started with --no-tray.
+#   virtual_desktop.sh start-a11y [ENV_FILE|DESKTOP_DIR]
+#       Starts the accessibility bus later, switched on, on a desktop started with --no-a11y.
 #   virtual_desktop.sh stop [ENV_FILE|DESKTOP_DIR]
 #       Ends every process of the desktop, newest first, and removes its folder (kept when
 #       ORVANTIS_DESKTOP_KEEP=1). Without an argument, the desktop of $ORVANTIS_DESKTOP_DIR.
@@ -108,6 +112,45 @@ start_tray() {
   wait_for 10 tray_owned || die "the tray did not come up (see $DESKTOP_DIR/logs/trayer.log)"
 }
 
+start_accessibility() {
+  # Switched on as a desktop with assistive technology in use.
+  /usr/libexec/at-spi-bus-launcher --launch-immediately >>"$DESKTOP_DIR/logs/at-spi.log" 2>&1 &
+  record_pid at-spi-bus-launcher $!
+  wait_for 10 accessibility_bus_published || die "the accessibility bus did not come up"
+  dbus-send --session --print-reply --dest=org.a11y.Bus /org/a11y/bus \
+    org.freedesktop.DBus.Properties.Set string:org.a11y.Status string:IsEnabled variant:boolean:true \
+    >>"$DESKTOP_DIR/logs/at-spi.log" 2>&1 || true
+}
+
+# A session bus like the system's own whose activatable services are the system's less the
+# accessibility bus launcher: nothing can start that bus on demand. The others stay, dconf
+# above all: without it the launcher's IsEnabled switch does not hold.
+write_bus_config_without_accessibility() {
+  mkdir -p "$DESKTOP_DIR/dbus-services"
+  local service
+  for service in /usr/local/share/dbus-1/services/*.service /usr/share/dbus-1/services/*.service; do
+    [[ -e $service && $(basename "$service") != org.a11y.Bus.service ]] || continue
+    grep -qx 'Name=org.a11y.Bus' "$service" && continue
+    ln -sf "$service" "$DESKTOP_DIR/dbus-services/"
+  done
+  cat >"$DESKTOP_DIR/session.conf" <<CONFIG
+<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
+ "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
+<busconfig>
+  <type>session</type>
+  <keep_umask/>
+  <listen>unix:tmpdir=/tmp</listen>
+  <auth>EXTERNAL</auth>
+  <servicedir>$DESKTOP_DIR/dbus-services</servicedir>
+  <policy context="default">
+    <allow send_destination="*" eavesdrop="true"/>
+    <allow eavesdrop="true"/>
+    <allow own="*"/>
+  </policy>
+</busconfig>
+CONFIG
+}
+
 tray_owned() {
   # xprop cannot read selections; a window of trayer's class being mapped is enough.
   xdotool search --onlyvisible --classname trayer >/dev/null 2>&1 ||
@@ -128,11 +171,12 @@ write_env() {
 }
 
 start_desktop() {
-  local env_file="" with_tray=1
+  local env_file="" with_tray=1 with_accessibility=1
   while (($#)); do
     case $1 in
       --env-file) env_file=${2:?--env-file needs a path}; shift 2 ;;
       --no-tray) with_tray=0; shift ;;
+      --no-a11y) with_accessibility=0; shift ;;
       *) die "unknown option $1" ;;
     esac
   done
@@ -157,19 +201,19 @@ start_desktop() {
   setxkbmap -layout us,ru
 
   # 3. The session bus, before any client that would start one of its own.
-  dbus-daemon --session --fork --print-address=1 --print-pid=1 >"$DESKTOP_DIR/dbus.out" 2>>"$DESKTOP_DIR/logs/dbus.log"
+  local bus_config=(--session)
+  if ((!with_accessibility)); then
+    write_bus_config_without_accessibility
+    bus_config=(--config-file="$DESKTOP_DIR/session.conf")
+  fi
+  dbus-daemon "${bus_config[@]}" --fork --print-address=1 --print-pid=1 >"$DESKTOP_DIR/dbus.out" 2>>"$DESKTOP_DIR/logs/dbus.log"
   DBUS_SESSION_BUS_ADDRESS=$(sed -n 1p "$DESKTOP_DIR/dbus.out")
   export DBUS_SESSION_BUS_ADDRESS
   record_pid dbus-daemon "$(sed -n 2p "$DESKTOP_DIR/dbus.out")"
   [[ -n $DBUS_SESSION_BUS_ADDRESS ]] || die "no session bus address"
 
-  # 4. The accessibility bus, switched on as a desktop with assistive technology in use.
-  /usr/libexec/at-spi-bus-launcher --launch-immediately >>"$DESKTOP_DIR/logs/at-spi.log" 2>&1 &
-  record_pid at-spi-bus-launcher $!
-  wait_for 10 accessibility_bus_published || die "the accessibility bus did not come up"
-  dbus-send --session --print-reply --dest=org.a11y.Bus /org/a11y/bus \
-    org.freedesktop.DBus.Properties.Set string:org.a11y.Status string:IsEnabled variant:boolean:true \
-    >>"$DESKTOP_DIR/logs/at-spi.log" 2>&1 || true
+  # 4. The accessibility bus.
+  if ((with_accessibility)); then start_accessibility; fi
 
   # 5. The tray.
   if ((with_tray)); then start_tray; fi
@@ -234,12 +278,19 @@ main() {
       export ORVANTIS_DESKTOP_PROCESS=$DESKTOP_DIR
       start_tray
       ;;
+    start-a11y)
+      resolve_dir "${1:-}"
+      # shellcheck disable=SC1091
+      source "$DESKTOP_DIR/env"
+      export ORVANTIS_DESKTOP_PROCESS=$DESKTOP_DIR
+      start_accessibility
+      ;;
     stop)
       resolve_dir "${1:-}"
       stop_desktop
       ;;
     *)
-      echo "usage: $0 start [--env-file FILE] [--no-tray] | start-tray [ENV|DIR] | stop [ENV|DIR]" >&2
+      echo "usage: $0 start [--env-file FILE] [--no-tray] [--no-a11y] | start-tray [ENV|DIR] | start-a11y [ENV|DIR] | stop [ENV|DIR]" >&2
       exit 2
       ;;
   esac

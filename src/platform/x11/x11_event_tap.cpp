@@ -167,6 +167,7 @@ X11EventTap::~X11EventTap() { stop(); }
 int X11EventTap::fileDescriptor() const { return ConnectionNumber(connection_->display); }
 
 bool X11EventTap::start(Handler handler) {
+    if (!running_ && !isPermitted()) return false;
     handler_ = std::move(handler);
     if (running_) return true;
     Display* display = connection_->display;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -38,7 +39,12 @@ public:
     void stop() override;
     bool isRunning() const override { return running_; }
     void reenable() override {}
-    bool isPermitted() const override { return true; }
+    /// True when the permission check passes (always, without one).
+    bool isPermitted() const override { return !permissionCheck_ || permissionCheck_(); }
+    /// What start() asks first: the desktop grants watching the keyboard. The program asks for
+    /// the accessibility bus, as the text path needs it; a refused check makes start() fail,
+    /// so the tray asks the user and retries.
+    void setPermissionCheck(std::function<bool()> check) { permissionCheck_ = std::move(check); }
     void setGrabbedHotkeys(std::vector<platform::GrabbedKey> keys) override;
     void setWholeKeyboardGrabbed(bool grabbed) override;
 
@@ -58,6 +64,7 @@ private:
     void releaseGrabs();
     void applyKeyboardGrab();
     void deliverPending();
+    std::function<bool()> permissionCheck_;
 
     /// A key press that waits for the grab event that may follow it.
     struct PendingPress {

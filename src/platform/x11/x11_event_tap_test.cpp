@@ -115,6 +115,20 @@ TEST_F(LiveTapTest, AHotkeyHeldByAnotherProgramIsLoggedByItsLinuxName) {
     XSync(display_, False);
 }
 
+TEST_F(LiveTapTest, ARefusedPermissionCheckKeepsATapFromStarting) {
+    auto other = X11EventTap::open(nullptr, nullptr);
+    ASSERT_NE(other, nullptr);
+    bool granted = false;
+    other->setPermissionCheck([&granted] { return granted; });
+    EXPECT_FALSE(other->isPermitted());
+    EXPECT_FALSE(other->start([](const KeyEvent&) { return EventDisposition::pass; }));
+    EXPECT_FALSE(other->isRunning());
+    granted = true;
+    EXPECT_TRUE(other->isPermitted());
+    EXPECT_TRUE(other->start([](const KeyEvent&) { return EventDisposition::pass; }));
+    EXPECT_TRUE(other->isRunning());
+}
+
 TEST_F(LiveTapTest, AKeycodeWithoutAPositionArrivesAsTheUnknownKeyCode) {
     // The first keycode of the server that stands for no key position we know.
     int minKeycode = 0;
