@@ -9,10 +9,12 @@
 #include <nlohmann/json.hpp>
 
 #include "build_info.h"
+#include "core/language/language_detector.h"
 #include "core/layout/layout_translator.h"
 #include "core/layout/text_switch_coordinator.h"
 #include "core/layout/transliteration_map.h"
 #include "core/log/app_logger.h"
+#include "core/names/name_variants.h"
 #include "core/settings/app_settings.h"
 #include "core/settings/preference_store.h"
 #include "core/settings/setting_properties.h"
@@ -36,6 +38,8 @@ constexpr std::string_view kUsage =
     "  orvantis convert [--table fixed|system] TEXT\n"
     "                                  what the layout hotkey would retype for TEXT, a word\n"
     "                                  or a selection (the session's layouts by default)\n"
+    "  orvantis variants PHRASE        the eleven identifier names for PHRASE: style, a tab, name\n"
+    "  orvantis detect TEXT            the language of TEXT (- for none), a tab, its word count\n"
     "  orvantis --version              the version and build\n"
     "  orvantis --help                 this text\n"
     "\n"
@@ -186,6 +190,39 @@ int runConvert(const std::vector<std::string>& args, const CommandLineEnvironmen
     return 0;
 }
 
+/// The one TEXT argument of a command, checked; sets `status` when it is missing or bad.
+std::optional<std::string> singleTextArgument(const std::vector<std::string>& args, std::string_view what, int& status) {
+    std::size_t first = 1;
+    if (args.size() > 1 && args[1] == "--") first = 2;
+    if (args.size() != first + 1) {
+        status = usageError(args[0] + " takes one " + std::string(what) + " (quote one with spaces)");
+        return std::nullopt;
+    }
+    if (!text::isValidUtf8(args[first])) {
+        std::cerr << "orvantis: " << args[0] << ": " << what << " is not valid UTF-8\n";
+        status = 2;
+        return std::nullopt;
+    }
+    return args[first];
+}
+
+int runVariants(const std::vector<std::string>& args) {
+    int status = 0;
+    const std::optional<std::string> phrase = singleTextArgument(args, "PHRASE", status);
+    if (!phrase) return status;
+    for (const NameVariant& variant : NameVariantGenerator::generate(*phrase))
+        std::cout << nameStyleName(variant.style) << '\t' << variant.value << '\n';
+    return 0;
+}
+
+int runDetect(const std::vector<std::string>& args) {
+    int status = 0;
+    const std::optional<std::string> input = singleTextArgument(args, "TEXT", status);
+    if (!input) return status;
+    std::cout << LanguageDetector::detect(*input).value_or("-") << '\t' << LanguageDetector::wordCount(*input) << '\n';
+    return 0;
+}
+
 }  // namespace
 
 bool isCommandLineInvocation(const std::vector<std::string>& args) { return !args.empty(); }
@@ -202,6 +239,8 @@ int runCommandLine(const std::vector<std::string>& args, const CommandLineEnviro
     }
     if (args[0] == "settings") return runSettings(args);
     if (args[0] == "convert") return runConvert(args, environment);
+    if (args[0] == "variants") return runVariants(args);
+    if (args[0] == "detect") return runDetect(args);
     return usageError("unknown command \"" + args[0] + "\"");
 }
 

@@ -42,7 +42,7 @@ protected:
 TEST_F(CommandLineTest, ListPrintsEveryPropertyWithItsJsonValue) {
     const auto r = run({"settings", "list"});
     EXPECT_EQ(r.status, 0);
-    EXPECT_EQ(std::count(r.out.begin(), r.out.end(), '\n'), 57);
+    EXPECT_EQ(std::count(r.out.begin(), r.out.end(), '\n'), 58);
     EXPECT_NE(r.out.find("hotkey\t{\"keyCode\":51,\"modifiers\":131072}\n"), std::string::npos);
     EXPECT_NE(r.out.find("\nswitchDelayMs\t100\n"), std::string::npos);
     EXPECT_NE(r.out.find("\nsettingsLanguage\t\"en\"\n"), std::string::npos);
@@ -241,6 +241,48 @@ TEST_F(CommandLineTest, ConvertRejectsBadArguments) {
     EXPECT_NE(invalid.err.find("not valid UTF-8"), std::string::npos);
     // After "--" a text may start with dashes.
     EXPECT_EQ(run({"convert", "--table", "fixed", "--", "--ghbdtn"}).out, "--привет\n");
+}
+
+// --- variants and detect ----------------------------------------------------------------------
+
+TEST_F(CommandLineTest, VariantsPrintsElevenStyleAndNameLines) {
+    const auto r = run({"variants", "get the user name"});
+    EXPECT_EQ(r.status, 0);
+    EXPECT_EQ(r.out,
+              "lowerCamelCase\tgetUserName\n"
+              "pascalCase\tGetUserName\n"
+              "snakeCase\tget_user_name\n"
+              "screamingSnakeCase\tGET_USER_NAME\n"
+              "kebabCase\tget-user-name\n"
+              "screamingKebabCase\tGET-USER-NAME\n"
+              "lowercaseSpaces\tget user name\n"
+              "uppercaseSpaces\tGET USER NAME\n"
+              "titleCase\tGet User Name\n"
+              "sentenceCase\tGet user name\n"
+              "dotCase\tget.user.name\n");
+    // Punctuation alone still gives eleven lines, with empty names.
+    const auto empty = run({"variants", "?!"});
+    EXPECT_EQ(empty.status, 0);
+    EXPECT_EQ(std::count(empty.out.begin(), empty.out.end(), '\n'), 11);
+    EXPECT_EQ(empty.out.rfind("lowerCamelCase\t\n", 0), 0u);
+}
+
+TEST_F(CommandLineTest, DetectPrintsTheCodeOrADashAndTheWordCount) {
+    EXPECT_EQ(run({"detect", "Съешь же ещё этих мягких французских булок, да выпей чаю"}).out, "ru\t10\n");
+    EXPECT_EQ(run({"detect", "   "}).out, "-\t0\n");
+    EXPECT_EQ(run({"detect", "--", "?! ..."}).out, "-\t2\n");
+}
+
+TEST_F(CommandLineTest, VariantsAndDetectRejectBadArguments) {
+    for (const std::vector<std::string>& args : std::vector<std::vector<std::string>>{
+             {"variants"}, {"variants", "a", "b"}, {"detect"}, {"detect", "a", "b"}}) {
+        const auto r = run(args);
+        EXPECT_EQ(r.status, 2);
+        EXPECT_EQ(r.out, "");
+    }
+    const auto invalid = run({"detect", std::string("\xc3\x28")});
+    EXPECT_EQ(invalid.status, 2);
+    EXPECT_NE(invalid.err.find("not valid UTF-8"), std::string::npos);
 }
 
 }  // namespace

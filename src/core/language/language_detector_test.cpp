@@ -1,0 +1,55 @@
+#include "core/language/language_detector.h"
+
+#include <gtest/gtest.h>
+
+namespace orvantis {
+namespace {
+
+TEST(LanguageDetectorTest, BlankTextHasNoLanguageAndNoWords) {
+    for (std::string_view blank : {"", "   ", "\n\t \u00a0"}) {
+        EXPECT_EQ(LanguageDetector::detect(blank), std::nullopt);
+        EXPECT_EQ(LanguageDetector::wordCount(blank), 0u);
+    }
+}
+
+TEST(LanguageDetectorTest, FindsTheLanguageOfASentence) {
+    EXPECT_EQ(LanguageDetector::detect("The quick brown fox jumps over the lazy dog"), "en");
+    EXPECT_EQ(LanguageDetector::detect("Съешь же ещё этих мягких французских булок, да выпей чаю"), "ru");
+    EXPECT_EQ(LanguageDetector::detect("Der schnelle braune Fuchs springt über den faulen Hund"), "de");
+    EXPECT_EQ(LanguageDetector::detect("Жовтий пес біжить через широке поле, а кіт спить на ґанку"), "uk");
+}
+
+TEST(LanguageDetectorTest, NothingToJudgeIsNoLanguage) {
+    EXPECT_EQ(LanguageDetector::detect("?! ..."), std::nullopt);
+    EXPECT_EQ(LanguageDetector::detect("12345 678"), std::nullopt);
+}
+
+TEST(LanguageDetectorTest, AnswersTodaysTwoLetterCodes) {
+    // The detector's own code for Hebrew is an old one.
+    EXPECT_EQ(LanguageDetector::detect("שלום לכולם, מה שלומכם היום? אני שמח לראות אתכם כאן"), "he");
+    EXPECT_EQ(LanguageDetector::detect("今天天气很好，我们一起去公园散步吧。我很喜欢这个城市。"), "zh");
+}
+
+TEST(LanguageDetectorTest, SurvivesBrokenAndHugeText) {
+    EXPECT_NO_THROW(LanguageDetector::detect(std::string("hello \xff\xfe world", 15)));
+    const std::string big(2'000'000, 'a');
+    EXPECT_NO_THROW(LanguageDetector::detect(big));
+    EXPECT_EQ(LanguageDetector::wordCount(big), 1u);
+}
+
+TEST(LanguageDetectorTest, CountsWords) {
+    EXPECT_EQ(LanguageDetector::wordCount("get user"), 2u);
+    EXPECT_EQ(LanguageDetector::wordCount("  привет мир  "), 2u);
+    EXPECT_EQ(LanguageDetector::wordCount("it's a user-name"), 4u);
+    // Underscores join a word, as the word rules have it.
+    EXPECT_EQ(LanguageDetector::wordCount("user_name"), 1u);
+}
+
+TEST(LanguageDetectorTest, PunctuationAloneCountsItsRuns) {
+    EXPECT_EQ(LanguageDetector::wordCount("?!"), 1u);
+    EXPECT_EQ(LanguageDetector::wordCount("?! ..."), 2u);
+    EXPECT_EQ(LanguageDetector::wordCount(" -- \n ** "), 2u);
+}
+
+}  // namespace
+}  // namespace orvantis
