@@ -106,6 +106,13 @@ TEST(StopWordFilterTest, NothingLeftGivesTheInputBack) {
     EXPECT_EQ(StopWordFilter::filter({}), std::vector<std::string>{});
 }
 
+TEST(NameVariantGeneratorTest, LettersBeyondAsciiFollowFullCaseMapping) {
+    const auto variants = NameVariantGenerator::generate("Große ÉCOLE");
+    EXPECT_EQ(variants[0].value, "großeÉcole");
+    EXPECT_EQ(variants[3].value, "GROSSE_ÉCOLE");
+    EXPECT_EQ(variants[10].value, "große.école");
+}
+
 TEST(NameVariantGeneratorTest, MakeVariantOfNoTokensIsEmpty) {
     for (NameStyle style : kAllNameStyles) EXPECT_EQ(NameVariantGenerator::makeVariant({}, style), "");
 }
