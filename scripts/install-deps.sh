@@ -7,7 +7,7 @@ packages=(
   # toolchain
   build-essential cmake ninja-build pkg-config git
   # core libraries
-  libicu-dev nlohmann-json3-dev libplist-dev libcld2-dev libssl-dev libsystemd-dev
+  libicu-dev nlohmann-json3-dev libplist-dev libcld2-dev libssl-dev libsystemd-dev libcurl4-openssl-dev
   # tests and benchmarks
   libgtest-dev libgmock-dev libbenchmark-dev
   # user interface

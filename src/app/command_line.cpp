@@ -8,6 +8,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "app/translate_command.h"
 #include "build_info.h"
 #include "core/language/language_detector.h"
 #include "core/layout/layout_translator.h"
@@ -40,6 +41,9 @@ constexpr std::string_view kUsage =
     "                                  or a selection (the session's layouts by default)\n"
     "  orvantis variants PHRASE        the eleven identifier names for PHRASE: style, a tab, name\n"
     "  orvantis detect TEXT            the language of TEXT (- for none), a tab, its word count\n"
+    "  orvantis translate [--from CODE] [--to CODE] [--alternates] TEXT\n"
+    "                                  TEXT translated (from auto, to en by default); with\n"
+    "                                  --alternates the alternatives too, one a line\n"
     "  orvantis --version              the version and build\n"
     "  orvantis --help                 this text\n"
     "\n"
@@ -241,6 +245,7 @@ int runCommandLine(const std::vector<std::string>& args, const CommandLineEnviro
     if (args[0] == "convert") return runConvert(args, environment);
     if (args[0] == "variants") return runVariants(args);
     if (args[0] == "detect") return runDetect(args);
+    if (args[0] == "translate") return runTranslateCommand(args);
     return usageError("unknown command \"" + args[0] + "\"");
 }
 

@@ -77,6 +77,9 @@ inline constexpr BoolSetting kTranslationEnabled{"translationEnabled", "MOLVEX.O
 inline constexpr LanguageSetting kSettingsLanguage{"settingsLanguage", "MOLVEX.Orvantis.settingsLanguage", SettingsLanguage::en, false};
 inline constexpr StringSetting kTranslatorPrimaryLanguage{"translatorPrimaryLanguage", "MOLVEX.Orvantis.translatorPrimaryLanguage", "en", false};
 inline constexpr StringSetting kTranslatorSecondaryLanguage{"translatorSecondaryLanguage", "MOLVEX.Orvantis.translatorSecondaryLanguage", "ru", false};
+/// Scheme and host of the translation endpoint. A machine's own choice: never mirrored to
+/// other machines.
+inline constexpr StringSetting kTranslationEndpoint{"translationEndpoint", "MOLVEX.Orvantis.translationEndpoint", "https://translate.googleapis.com", false};
 inline constexpr BoolSetting kClipboardHistoryEnabled{"clipboardHistoryEnabled", "MOLVEX.Orvantis.clipboardHistoryEnabled", true, true};
 inline constexpr IntSetting kClipboardHistorySize{"clipboardHistorySize", "MOLVEX.Orvantis.clipboardHistorySize", 20, 1, 200, true, std::nullopt};
 inline constexpr BoolSetting kClipboardStoreNonText{"clipboardStoreNonText", "MOLVEX.Orvantis.clipboardStoreNonText", false, true};
@@ -140,6 +143,7 @@ void forEach(F&& f) {
     f(kSettingsLanguage);
     f(kTranslatorPrimaryLanguage);
     f(kTranslatorSecondaryLanguage);
+    f(kTranslationEndpoint);
     f(kClipboardHistoryEnabled);
     f(kClipboardHistorySize);
     f(kClipboardStoreNonText);
@@ -253,6 +257,8 @@ public:
     void setTranslatorPrimaryLanguage(const std::string& value) { set(settings::kTranslatorPrimaryLanguage, value); }
     std::string translatorSecondaryLanguage() const { return get(settings::kTranslatorSecondaryLanguage); }
     void setTranslatorSecondaryLanguage(const std::string& value) { set(settings::kTranslatorSecondaryLanguage, value); }
+    std::string translationEndpoint() const { return get(settings::kTranslationEndpoint); }
+    void setTranslationEndpoint(const std::string& value) { set(settings::kTranslationEndpoint, value); }
     bool clipboardHistoryEnabled() const { return get(settings::kClipboardHistoryEnabled); }
     void setClipboardHistoryEnabled(bool value) { set(settings::kClipboardHistoryEnabled, value); }
     int clipboardHistorySize() const { return static_cast<int>(get(settings::kClipboardHistorySize)); }

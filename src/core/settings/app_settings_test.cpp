@@ -50,7 +50,7 @@ TEST_F(AppSettingsTest, AFreshProfileAnswersEveryDefaultAlsoForUnregisteredKeys)
         }
         ++checked;
     });
-    EXPECT_EQ(checked, 57);
+    EXPECT_EQ(checked, 58);
     EXPECT_TRUE(s.layoutSwitchEnabled());
     EXPECT_TRUE(s.translationEnabled());
     EXPECT_TRUE(s.iCloudSyncSettingsEnabled());
@@ -68,6 +68,7 @@ TEST_F(AppSettingsTest, AFreshProfileAnswersEveryDefaultAlsoForUnregisteredKeys)
     EXPECT_EQ(s.settingsLanguage(), SettingsLanguage::en);
     EXPECT_EQ(s.translatorPrimaryLanguage(), "en");
     EXPECT_EQ(s.translatorSecondaryLanguage(), "ru");
+    EXPECT_EQ(s.translationEndpoint(), "https://translate.googleapis.com");
     EXPECT_EQ(s.passwordMode(), PasswordMode::popup);
 }
 
@@ -93,6 +94,7 @@ TEST_F(AppSettingsTest, ThirtyEightDefaultsAreRegisteredAndNoneIsWritten) {
     EXPECT_EQ(defaults.count("MOLVEX.Orvantis.switchDelayMs"), 1u);
     EXPECT_EQ(defaults.count("MOLVEX.Orvantis.hotkey"), 0u);
     EXPECT_EQ(defaults.count("MOLVEX.Orvantis.layoutSwitchEnabled"), 0u);
+    EXPECT_EQ(defaults.count("MOLVEX.Orvantis.translationEndpoint"), 0u);
     EXPECT_EQ(defaults.at("MOLVEX.Orvantis.directTranslationHotkey"),
               PreferenceValue(PreferenceData{R"({"keyCode":7,"modifiers":786432})"}));
     EXPECT_EQ(defaults.at("MOLVEX.Orvantis.passwordMode"), PreferenceValue(std::string("popup")));

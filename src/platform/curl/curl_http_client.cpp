@@ -1,0 +1,275 @@
+#include "platform/curl/curl_http_client.h"
+
+#include <cstring>
+#include <deque>
+#include <mutex>
+#include <string>
+#include <unordered_map>
+#include <utility>
+#include <variant>
+
+#include <pthread.h>
+
+#include <curl/curl.h>
+
+namespace orvantis::curl {
+namespace {
+
+// libcurl's global state is made once per process and never torn down: other libraries of the
+// process may use it too, and its cleanup is not safe while any thread still runs.
+void initialiseCurlOnce() {
+    static std::once_flag once;
+    std::call_once(once, [] { curl_global_init(CURL_GLOBAL_DEFAULT); });
+}
+
+constexpr long kMaxRedirects = 10;
+// How long the worker sleeps when nothing happens; a new command wakes it at once.
+constexpr int kIdlePollMs = 1000;
+
+}  // namespace
+
+/// What the main thread asks of the worker. Shared by the client, its worker and the handles
+/// of its requests; any thread, under its mutex.
+struct CurlHttpClient::Inbox {
+    struct Command {
+        enum class Type { start, cancel } type;
+        std::uint64_t id = 0;
+        std::string url;
+        std::chrono::milliseconds timeout{};
+    };
+
+    /// Queues `command` and wakes the worker. Any thread.
+    void push(Command command) {
+        std::lock_guard lock(mutex);
+        if (stopping) return;
+        commands.push_back(std::move(command));
+        if (multi != nullptr) curl_multi_wakeup(multi);
+    }
+
+    std::mutex mutex;
+    std::deque<Command> commands;
+    bool stopping = false;
+    CURLM* multi = nullptr;  ///< null once it is cleaned up; guarded so a wake-up never meets a freed one
+};
+
+/// The completions of the requests in flight. Main thread only.
+struct CurlHttpClient::Completions {
+    std::unordered_map<std::uint64_t, Completion> byId;
+};
+
+/// The worker thread's side: the multi handle and the transfers in it. Touched only by the
+/// worker, except for construction and destruction around the thread's life.
+class CurlHttpClient::Worker {
+public:
+    Worker(platform::MainLoop& loop, std::shared_ptr<Inbox> inbox, std::weak_ptr<Completions> completions,
+           std::size_t maxBodyBytes)
+        : loop_(loop), inbox_(std::move(inbox)), completions_(std::move(completions)),
+          maxBodyBytes_(maxBodyBytes), multi_(curl_multi_init()) {
+        std::lock_guard lock(inbox_->mutex);
+        inbox_->multi = multi_;
+    }
+
+    ~Worker() {
+        for (auto& [easy, transfer] : transfers_) {
+            curl_multi_remove_handle(multi_, easy);
+            curl_easy_cleanup(easy);
+        }
+        transfers_.clear();
+        {
+            std::lock_guard lock(inbox_->mutex);
+            inbox_->multi = nullptr;
+        }
+        if (multi_ != nullptr) curl_multi_cleanup(multi_);
+    }
+
+    void run() {
+        pthread_setname_np(pthread_self(), "Orvantis.HTTP");
+        for (;;) {
+            std::deque<Inbox::Command> commands;
+            {
+                std::lock_guard lock(inbox_->mutex);
+                if (inbox_->stopping) return;
+                commands.swap(inbox_->commands);
+            }
+            for (auto& command : commands) {
+                if (command.type == Inbox::Command::Type::start) {
+                    start(command);
+                } else {
+                    cancel(command.id);
+                }
+            }
+            if (multi_ == nullptr) {
+                // libcurl could not make its multi handle (out of memory): every start is answered
+                // with an error at once, and the worker only looks for new commands now and then.
+                std::this_thread::sleep_for(std::chrono::milliseconds(50));
+                continue;
+            }
+            int running = 0;
+            curl_multi_perform(multi_, &running);
+            collectFinished();
+            curl_multi_poll(multi_, nullptr, 0, kIdlePollMs, nullptr);
+        }
+    }
+
+private:
+    struct Transfer {
+        std::uint64_t id = 0;
+        std::string body;
+        std::size_t maxBodyBytes = 0;
+        bool tooLarge = false;
+        char error[CURL_ERROR_SIZE] = {};
+    };
+
+    static std::size_t onData(char* data, std::size_t size, std::size_t count, void* user) {
+        auto* transfer = static_cast<Transfer*>(user);
+        const std::size_t bytes = size * count;
+        if (bytes > transfer->maxBodyBytes - transfer->body.size()) {
+            transfer->tooLarge = true;
+            return 0;  // anything but `bytes` ends the transfer with CURLE_WRITE_ERROR
+        }
+        transfer->body.append(data, bytes);
+        return bytes;
+    }
+
+    void start(const Inbox::Command& command) {
+        CURL* easy = multi_ != nullptr ? curl_easy_init() : nullptr;
+        if (easy == nullptr) {
+            deliver(command.id, platform::HttpTransferError{platform::HttpTransferError::Kind::other,
+                                                            "The HTTP library could not start a request"});
+            return;
+        }
+        auto transfer = std::make_unique<Transfer>();
+        transfer->id = command.id;
+        transfer->maxBodyBytes = maxBodyBytes_;
+        const long timeoutMs = command.timeout.count() > 0 ? static_cast<long>(command.timeout.count()) : 1;
+        CURLcode set = curl_easy_setopt(easy, CURLOPT_URL, command.url.c_str());
+        if (set == CURLE_OK) {
+            curl_easy_setopt(easy, CURLOPT_ERRORBUFFER, transfer->error);
+            curl_easy_setopt(easy, CURLOPT_HTTPGET, 1L);
+            curl_easy_setopt(easy, CURLOPT_NOSIGNAL, 1L);
+            curl_easy_setopt(easy, CURLOPT_TIMEOUT_MS, timeoutMs);
+            curl_easy_setopt(easy, CURLOPT_PROTOCOLS_STR, "http,https");
+            curl_easy_setopt(easy, CURLOPT_REDIR_PROTOCOLS_STR, "http,https");
+            curl_easy_setopt(easy, CURLOPT_FOLLOWLOCATION, 1L);
+            curl_easy_setopt(easy, CURLOPT_MAXREDIRS, kMaxRedirects);
+            curl_easy_setopt(easy, CURLOPT_MAXFILESIZE_LARGE, static_cast<curl_off_t>(maxBodyBytes_));
+            curl_easy_setopt(easy, CURLOPT_WRITEFUNCTION, &Worker::onData);
+            curl_easy_setopt(easy, CURLOPT_WRITEDATA, transfer.get());
+            if (curl_multi_add_handle(multi_, easy) != CURLM_OK) set = CURLE_FAILED_INIT;
+        }
+        if (set != CURLE_OK) {
+            curl_easy_cleanup(easy);
+            deliver(command.id, platform::HttpTransferError{platform::HttpTransferError::Kind::other,
+                                                            curl_easy_strerror(set)});
+            return;
+        }
+        transfers_.emplace(easy, std::move(transfer));
+    }
+
+    void cancel(std::uint64_t id) {
+        for (auto it = transfers_.begin(); it != transfers_.end(); ++it) {
+            if (it->second->id != id) continue;
+            curl_multi_remove_handle(multi_, it->first);
+            curl_easy_cleanup(it->first);
+            transfers_.erase(it);
+            return;
+        }
+    }
+
+    void collectFinished() {
+        int left = 0;
+        while (CURLMsg* message = curl_multi_info_read(multi_, &left)) {
+            if (message->msg != CURLMSG_DONE) continue;
+            CURL* easy = message->easy_handle;
+            const CURLcode code = message->data.result;
+            auto it = transfers_.find(easy);
+            if (it == transfers_.end()) continue;
+            Transfer& transfer = *it->second;
+            platform::HttpResult result = outcome(easy, code, transfer);
+            const std::uint64_t id = transfer.id;
+            curl_multi_remove_handle(multi_, easy);
+            curl_easy_cleanup(easy);
+            transfers_.erase(it);
+            deliver(id, std::move(result));
+        }
+    }
+
+    platform::HttpResult outcome(CURL* easy, CURLcode code, Transfer& transfer) const {
+        using platform::HttpTransferError;
+        if (code == CURLE_OK) {
+            long status = 0;
+            curl_easy_getinfo(easy, CURLINFO_RESPONSE_CODE, &status);
+            return platform::HttpResponse{static_cast<int>(status), std::move(transfer.body), status > 0};
+        }
+        if (code == CURLE_OPERATION_TIMEDOUT) {
+            return HttpTransferError{HttpTransferError::Kind::timedOut, describe(code, transfer)};
+        }
+        if (transfer.tooLarge || code == CURLE_FILESIZE_EXCEEDED) {
+            return HttpTransferError{HttpTransferError::Kind::other,
+                                     "The reply is larger than " + std::to_string(maxBodyBytes_) + " bytes"};
+        }
+        return HttpTransferError{HttpTransferError::Kind::other, describe(code, transfer)};
+    }
+
+    static std::string describe(CURLcode code, const Transfer& transfer) {
+        if (transfer.error[0] != '\0') return std::string(transfer.error, ::strnlen(transfer.error, CURL_ERROR_SIZE));
+        return curl_easy_strerror(code);
+    }
+
+    /// Posts the result to the main loop, where it reaches the completion if the request is
+    /// still wanted and the client still there.
+    void deliver(std::uint64_t id, platform::HttpResult result) {
+        loop_.post([completions = completions_, id, result = std::move(result)]() mutable {
+            auto live = completions.lock();
+            if (!live) return;
+            auto it = live->byId.find(id);
+            if (it == live->byId.end()) return;
+            Completion completion = std::move(it->second);
+            live->byId.erase(it);
+            completion(std::move(result));
+        });
+    }
+
+    platform::MainLoop& loop_;
+    std::shared_ptr<Inbox> inbox_;
+    std::weak_ptr<Completions> completions_;
+    std::size_t maxBodyBytes_;
+    CURLM* multi_;
+    std::unordered_map<CURL*, std::unique_ptr<Transfer>> transfers_;
+};
+
+CurlHttpClient::CurlHttpClient(platform::MainLoop& loop, std::size_t maxBodyBytes)
+    : loop_(loop), inbox_(std::make_shared<Inbox>()), completions_(std::make_shared<Completions>()) {
+    initialiseCurlOnce();
+    worker_ = std::make_unique<Worker>(loop_, inbox_, completions_, maxBodyBytes);
+    thread_ = std::thread([worker = worker_.get()] { worker->run(); });
+}
+
+CurlHttpClient::~CurlHttpClient() {
+    // Completions first, on the main thread: a result already posted finds nothing to call.
+    completions_.reset();
+    {
+        std::lock_guard lock(inbox_->mutex);
+        inbox_->stopping = true;
+        if (inbox_->multi != nullptr) curl_multi_wakeup(inbox_->multi);
+    }
+    thread_.join();
+    worker_.reset();
+}
+
+platform::HttpRequest CurlHttpClient::get(std::string url, std::chrono::milliseconds timeout,
+                                          Completion completion) {
+    const std::uint64_t id = ++nextId_;
+    completions_->byId.emplace(id, std::move(completion));
+    inbox_->push({Inbox::Command::Type::start, id, std::move(url), timeout});
+    return platform::HttpRequest([completions = std::weak_ptr<Completions>(completions_),
+                                  inbox = std::weak_ptr<Inbox>(inbox_), id] {
+        if (auto live = completions.lock()) {
+            // Nothing to stop when the completion already ran.
+            if (live->byId.erase(id) == 0) return;
+        }
+        if (auto queue = inbox.lock()) queue->push({Inbox::Command::Type::cancel, id, {}, {}});
+    });
+}
+
+}  // namespace orvantis::curl
