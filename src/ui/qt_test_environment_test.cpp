@@ -1,5 +1,6 @@
 // One QApplication for every test of the interface, on Qt's offscreen platform so the tests
-// need no display.
+// need no display; with ORVANTIS_UI_TESTS_PLATFORM=xcb on a real X display instead, for the
+// live tests that skip elsewhere.
 
 #include <memory>
 
@@ -12,7 +13,8 @@ namespace {
 class QtTestEnvironment final : public ::testing::Environment {
 public:
     void SetUp() override {
-        qputenv("QT_QPA_PLATFORM", "offscreen");
+        const QByteArray platform = qgetenv("ORVANTIS_UI_TESTS_PLATFORM");
+        qputenv("QT_QPA_PLATFORM", platform.isEmpty() ? QByteArray("offscreen") : platform);
         // The offscreen platform lacks a tray signal that QSystemTrayIcon connects to; the
         // warning about it is noise here. Project code connects through member pointers.
         qputenv("QT_LOGGING_RULES", "qt.core.qobject.connect=false");

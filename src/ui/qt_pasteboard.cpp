@@ -1,0 +1,135 @@
+#include "ui/qt_pasteboard.h"
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QMimeData>
+#include <QObject>
+
+namespace orvantis::ui {
+namespace {
+
+namespace type = platform::pasteboard_type;
+
+struct Mapping {
+    std::string_view type;
+    std::array<std::string_view, 3> mimes;  // the preferred first; empty entries unused
+};
+
+constexpr std::array<Mapping, 7> kMappings{{
+    {type::kText, {"text/plain;charset=utf-8", "UTF8_STRING", "text/plain"}},
+    {type::kFileURL, {"text/uri-list", "", ""}},
+    {type::kPNG, {"image/png", "", ""}},
+    {type::kTIFF, {"image/tiff", "", ""}},
+    {type::kJPEG, {"image/jpeg", "", ""}},
+    {type::kHTML, {"text/html", "", ""}},
+    {type::kRTF, {"text/rtf", "application/rtf", ""}},
+}};
+
+const QMimeData* currentData() {
+    const QClipboard* clipboard = QGuiApplication::clipboard();
+    return clipboard != nullptr ? clipboard->mimeData(QClipboard::Clipboard) : nullptr;
+}
+
+std::string toStd(const QByteArray& bytes) { return std::string(bytes.constData(), static_cast<std::size_t>(bytes.size())); }
+
+}  // namespace
+
+std::string QtPasteboard::typeForMime(std::string_view mime) {
+    for (const Mapping& mapping : kMappings) {
+        for (std::string_view candidate : mapping.mimes)
+            if (!candidate.empty() && candidate == mime) return std::string(mapping.type);
+    }
+    // Other text MIME names with a charset ("text/plain;charset=UTF-8") are text as well.
+    if (mime.starts_with("text/plain")) return std::string(type::kText);
+    return std::string(mime);
+}
+
+std::vector<std::string> QtPasteboard::mimesForType(std::string_view typeName) {
+    for (const Mapping& mapping : kMappings) {
+        if (mapping.type != typeName) continue;
+        std::vector<std::string> mimes;
+        for (std::string_view mime : mapping.mimes)
+            if (!mime.empty()) mimes.emplace_back(mime);
+        return mimes;
+    }
+    return {std::string(typeName)};
+}
+
+QtPasteboard::QtPasteboard() : context_(std::make_unique<QObject>()) {
+    if (QClipboard* clipboard = QGuiApplication::clipboard()) {
+        QObject::connect(clipboard, &QClipboard::changed, context_.get(), [this](QClipboard::Mode mode) {
+            if (mode == QClipboard::Clipboard) ++changeCount_;
+        });
+    }
+}
+
+QtPasteboard::~QtPasteboard() = default;
+
+std::vector<std::string> QtPasteboard::types() const {
+    std::vector<std::string> result;
+    const QMimeData* mime = currentData();
+    if (mime == nullptr) return result;
+    for (const QString& format : mime->formats()) {
+        // X11 targets that are no content ("TARGETS", "TIMESTAMP", "MULTIPLE") are not types.
+        if (!format.contains(QLatin1Char('/')) && format != QLatin1String("UTF8_STRING") &&
+            !format.startsWith(QLatin1String("org.")) && !format.startsWith(QLatin1String("x-"))) {
+            continue;
+        }
+        std::string name = typeForMime(format.toStdString());
+        if (std::find(result.begin(), result.end(), name) == result.end()) result.push_back(std::move(name));
+    }
+    return result;
+}
+
+std::optional<std::string> QtPasteboard::data(std::string_view typeName) const {
+    const QMimeData* mime = currentData();
+    if (mime == nullptr) return std::nullopt;
+    if (typeName == type::kText) {
+        // Only a text target counts: Qt would also offer a URL list as text. Qt converts
+        // whichever text target the owner offers to UTF-8.
+        const QStringList formats = mime->formats();
+        const bool hasTextTarget = std::any_of(formats.begin(), formats.end(), [](const QString& format) {
+            return typeForMime(format.toStdString()) == type::kText;
+        });
+        if (!hasTextTarget) return std::nullopt;
+        const QByteArray utf8 = mime->text().toUtf8();
+        return toStd(utf8);
+    }
+    const QStringList formats = mime->formats();
+    for (const std::string& candidate : mimesForType(typeName)) {
+        const QString format = QString::fromStdString(candidate);
+        if (formats.contains(format)) return toStd(mime->data(format));
+    }
+    return std::nullopt;
+}
+
+void QtPasteboard::write(const platform::PasteboardItem& item) {
+    QClipboard* clipboard = QGuiApplication::clipboard();
+    if (clipboard == nullptr) return;
+    auto mime = std::make_unique<QMimeData>();
+    bool secret = false;
+    for (const auto& [typeName, bytes] : item.representations) {
+        if (typeName == type::kText) {
+            mime->setText(QString::fromUtf8(bytes.data(), static_cast<qsizetype>(bytes.size())));
+            continue;
+        }
+        if (typeName == type::kConcealed) secret = true;
+        const QByteArray data(bytes.data(), static_cast<qsizetype>(bytes.size()));
+        for (const std::string& format : mimesForType(typeName)) mime->setData(QString::fromStdString(format), data);
+    }
+    if (secret) {
+        // Both conventions, so that every clipboard history on the desktop skips it.
+        mime->setData(QString::fromUtf8(type::kPasswordManagerHint.data(), type::kPasswordManagerHint.size()),
+                      QByteArray(type::kPasswordManagerHintSecret.data(),
+                                 static_cast<qsizetype>(type::kPasswordManagerHintSecret.size())));
+    }
+    clipboard->setMimeData(mime.release(), QClipboard::Clipboard);
+    // Counted here as well: the signal of our own write may come later or not at all.
+    ++changeCount_;
+}
+
+}  // namespace orvantis::ui

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/pasteboard.h"
+
+class QObject;
+
+namespace orvantis::ui {
+
+/// The desktop's clipboard (on X11 the CLIPBOARD selection) through Qt, in the pasteboard
+/// type names the core uses. Text is offered under the UTF-8 text MIME types, a file URL list
+/// as text/uri-list, images, HTML and RTF under their MIME names; any other MIME type passes
+/// through under its own name. A secret written by the program carries both conventions: the
+/// concealed type and the password-manager hint "secret". Main thread only.
+class QtPasteboard final : public platform::Pasteboard {
+public:
+    QtPasteboard();
+    ~QtPasteboard() override;
+    QtPasteboard(const QtPasteboard&) = delete;
+    QtPasteboard& operator=(const QtPasteboard&) = delete;
+
+    /// Rises on every change of the clipboard's owner or content, ours included.
+    std::int64_t changeCount() const override { return changeCount_; }
+    std::vector<std::string> types() const override;
+    std::optional<std::string> data(std::string_view type) const override;
+    void write(const platform::PasteboardItem& item) override;
+
+    /// The core's name for a MIME type ("text/uri-list" is the file URL type).
+    static std::string typeForMime(std::string_view mime);
+    /// The MIME types that stand for a core type, the preferred one first.
+    static std::vector<std::string> mimesForType(std::string_view type);
+
+private:
+    std::int64_t changeCount_ = 0;
+    std::unique_ptr<QObject> context_;  // owns the connection to the clipboard's signal
+};
+
+}  // namespace orvantis::ui
