@@ -16,7 +16,7 @@ packages=(
   libx11-dev libx11-xcb-dev libxi-dev libxtst-dev libxfixes-dev libxkbfile-dev
   libxkbcommon-dev libxkbcommon-x11-dev libxkbregistry-dev libatspi2.0-dev at-spi2-core
   # the virtual desktop of the end-to-end tests and of the headless run
-  xvfb xauth x11-xkb-utils x11-utils x11-apps xdotool xclip xterm trayer imagemagick xbindkeys zenity
+  xvfb xauth x11-xkb-utils x11-utils x11-apps xdotool xclip xterm trayer imagemagick xbindkeys zenity openbox python3
   dbus-daemon dbus-bin procps
 )
 
