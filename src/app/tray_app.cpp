@@ -10,6 +10,7 @@
 #include <QSocketNotifier>
 #include <QSystemTrayIcon>
 
+#include "app/selection_key_output.h"
 #include "app/termination_signal_watcher.h"
 #include "build_info.h"
 #include "core/log/app_logger.h"
@@ -19,6 +20,9 @@
 #include "core/layout/text_switch_coordinator.h"
 #include "core/layout/transliteration_map.h"
 #include "core/permissions/permission_polling.h"
+#include "core/translation/translation_service.h"
+#include "core/translator/translation_coordinator.h"
+#include "platform/curl/curl_http_client.h"
 #include "core/permissions/permissions_manager.h"
 #include "core/settings/app_settings.h"
 #include "core/settings/preference_store.h"
@@ -33,11 +37,15 @@
 #include "platform/serial_queue.h"
 #include "platform/text_element.h"
 #include "platform/x11/input_extension.h"
+#include "platform/x11/x11_applications.h"
 #include "platform/x11/x11_event_tap.h"
 #include "platform/x11/x11_permissions.h"
 #include "platform/x11/xkb_input_sources.h"
 #include "platform/x11/xtest_key_output.h"
 #include "ui/menu_bar_controller.h"
+#include "ui/qt_pasteboard.h"
+#include "ui/qt_translation_popup.h"
+#include "ui/translation_popup_controller.h"
 #include "ui/qt_main_loop.h"
 
 #include <signal.h>
@@ -169,6 +177,9 @@ void AppDelegate::createLayoutSwitching() {
         *settings_, *monitor_, *layoutSwitcher_, *transliterationMap_, *accessibility_, *keyOutput_, loop_,
         notifications_, logger_.log().app);
 
+    // 5. The translator, on the same monitor.
+    createTranslator();
+
     permissionsManager_ = std::make_unique<PermissionsManager>(*permissions_);
     permissionPolling_ = std::make_unique<PermissionPolling>(
         *monitor_, *permissionsManager_, loop_,
@@ -184,6 +195,23 @@ void AppDelegate::createLayoutSwitching() {
     permissionPolling_->launch();
     // Events that arrived while the tap was being set up.
     eventTap_->dispatchPending();
+}
+
+void AppDelegate::createTranslator() {
+    applications_ = x11::X11Applications::open();
+    if (!applications_) return;
+    pasteboard_ = std::make_unique<ui::QtPasteboard>();
+    selectionKeys_ = std::make_unique<SelectionKeyOutput>(*keyOutput_, *pasteboard_);
+    pointer_ = std::make_unique<ui::QtPointer>();
+    httpClient_ = std::make_unique<curl::CurlHttpClient>(loop_);
+    translationService_ = std::make_unique<TranslationService>(*httpClient_, loop_, logger_.log().translate,
+                                                               [this] { return settings_->translationEndpoint(); });
+    translationPopupController_ =
+        std::make_unique<ui::TranslationPopupController>(loop_, ui::KeyboardGrab::forPlatform());
+    translationPopup_ = std::make_unique<ui::QtTranslationPopup>(*translationPopupController_);
+    translationCoordinator_ = std::make_unique<TranslationCoordinator>(
+        *settings_, *monitor_, *translationPopup_, *translationService_, *applications_, *accessibility_,
+        *pasteboard_, *selectionKeys_, *pointer_, loop_);
 }
 
 void AppDelegate::createSettings() {

@@ -17,6 +17,9 @@ class PermissionPolling;
 class PermissionsManager;
 class PreferenceStore;
 class TextSwitchCoordinator;
+class TranslationCoordinator;
+class TranslationPopup;
+class TranslationService;
 class TransliterationMap;
 }  // namespace orvantis
 namespace orvantis::x11 {
@@ -28,11 +31,17 @@ class XTestKeyOutput;
 class QSocketNotifier;
 namespace orvantis::platform {
 class Accessibility;
+class Applications;
+class HttpClient;
+class KeyOutput;
 class MainLoop;
+class Pointer;
 class SerialQueue;
 }  // namespace orvantis::platform
 namespace orvantis::ui {
 class MenuBarController;
+class QtPasteboard;
+class TranslationPopupController;
 }
 
 namespace orvantis::app {
@@ -71,6 +80,7 @@ private:
     void logLaunchBanner();
     void createSettings();
     void createLayoutSwitching();
+    void createTranslator();
 
     AppLogger& logger_;
     platform::MainLoop& loop_;
@@ -94,6 +104,16 @@ private:
     std::unique_ptr<LayoutSwitcher> layoutSwitcher_;
     std::unique_ptr<GlobalEventMonitor> monitor_;
     std::unique_ptr<TextSwitchCoordinator> textSwitchCoordinator_;
+    // The translator.
+    std::unique_ptr<platform::Applications> applications_;
+    std::unique_ptr<ui::QtPasteboard> pasteboard_;
+    std::unique_ptr<platform::KeyOutput> selectionKeys_;
+    std::unique_ptr<platform::Pointer> pointer_;
+    std::unique_ptr<platform::HttpClient> httpClient_;
+    std::unique_ptr<TranslationService> translationService_;
+    std::unique_ptr<ui::TranslationPopupController> translationPopupController_;
+    std::unique_ptr<TranslationPopup> translationPopup_;
+    std::unique_ptr<TranslationCoordinator> translationCoordinator_;
     std::unique_ptr<PermissionsManager> permissionsManager_;
     std::unique_ptr<PermissionPolling> permissionPolling_;
 };

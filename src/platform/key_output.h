@@ -28,6 +28,7 @@ inline constexpr std::uint16_t kSpace = 49;
 inline constexpr std::uint16_t kDelete = 51;  ///< backspace
 inline constexpr std::uint16_t kEscape = 53;
 inline constexpr std::uint16_t kForwardDelete = 117;
+inline constexpr std::uint16_t kHelp = 114;  ///< Insert on PC keyboards
 inline constexpr std::uint16_t kLeftArrow = 123;
 inline constexpr std::uint16_t kRightArrow = 124;
 inline constexpr std::uint16_t kDownArrow = 125;

@@ -107,6 +107,20 @@ std::optional<std::string> QtPasteboard::data(std::string_view typeName) const {
     return std::nullopt;
 }
 
+std::optional<std::string> QtPasteboard::selectionText() const {
+    const QClipboard* clipboard = QGuiApplication::clipboard();
+    if (clipboard == nullptr || !clipboard->supportsSelection()) return std::nullopt;
+    const QMimeData* mime = clipboard->mimeData(QClipboard::Selection);
+    if (mime == nullptr || !mime->hasText()) return std::nullopt;
+    return mime->text().toStdString();
+}
+
+void QtPasteboard::setSelectionText(std::string_view utf8) {
+    QClipboard* clipboard = QGuiApplication::clipboard();
+    if (clipboard == nullptr || !clipboard->supportsSelection()) return;
+    clipboard->setText(QString::fromUtf8(utf8.data(), static_cast<qsizetype>(utf8.size())), QClipboard::Selection);
+}
+
 void QtPasteboard::write(const platform::PasteboardItem& item) {
     QClipboard* clipboard = QGuiApplication::clipboard();
     if (clipboard == nullptr) return;

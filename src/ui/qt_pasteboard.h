@@ -31,6 +31,12 @@ public:
     std::optional<std::string> data(std::string_view type) const override;
     void write(const platform::PasteboardItem& item) override;
 
+    /// The text of the current selection (on X11 the PRIMARY selection: whatever is selected
+    /// in any application), or nullopt where the desktop has no such selection or none is made.
+    std::optional<std::string> selectionText() const;
+    /// Makes `utf8` the current selection, where the desktop has one.
+    void setSelectionText(std::string_view utf8);
+
     /// The core's name for a MIME type ("text/uri-list" is the file URL type).
     static std::string typeForMime(std::string_view mime);
     /// The MIME types that stand for a core type, the preferred one first.

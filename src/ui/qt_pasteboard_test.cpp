@@ -137,6 +137,16 @@ TEST_F(QtPasteboardLiveTest, OurTextReachesAnotherClient) {
     EXPECT_TRUE(targets->contains("UTF8_STRING")) << targets->toStdString();
 }
 
+TEST_F(QtPasteboardLiveTest, TheSelectionIsReadAndWrittenApartFromTheClipboard) {
+    QtPasteboard pasteboard;
+    pasteboard.write(platform::PasteboardItem::text("clipboard text"));
+    ASSERT_TRUE(xclip({"-selection", "primary", "-i"}, QByteArray("selected words")));
+    ASSERT_TRUE(spinUntil([&] { return pasteboard.selectionText() == std::optional<std::string>("selected words"); }));
+    EXPECT_EQ(pasteboard.text(), "clipboard text");
+    pasteboard.setSelectionText("наш выбор");
+    EXPECT_EQ(xclip({"-selection", "primary", "-o"}), QByteArray("наш выбор"));
+}
+
 TEST_F(QtPasteboardLiveTest, OurSecretIsMarkedBothWaysForOtherClients) {
     QtPasteboard pasteboard;
     platform::PasteboardItem item = platform::PasteboardItem::text("hunter2");

@@ -39,10 +39,11 @@ inline constexpr std::array<KeyPosition, 52> kKeyPositions{{
 }};
 
 /// Keys outside the typing block that the program presses or watches: the arrows, Forward
-/// Delete, Home, End, Page Up and Down, keypad Enter.
-inline constexpr std::array<KeyPosition, 10> kNavigationKeyPositions{{
+/// Delete, Insert (where the original's Help key stands), Home, End, Page Up and Down, keypad
+/// Enter.
+inline constexpr std::array<KeyPosition, 11> kNavigationKeyPositions{{
     {113, 123}, {114, 124}, {116, 125}, {111, 126},  // left, right, down, up
-    {119, 117},                                      // forward delete
+    {119, 117}, {118, 114},                          // forward delete, insert
     {110, 115}, {115, 119}, {112, 116}, {117, 121},  // home, end, page up, page down
     {104, 76},                                       // keypad enter
 }};
