@@ -9,10 +9,32 @@
 
 namespace orvantis::platform {
 
-/// Pasteboard type names. Backends map them to their own (MIME types on Linux).
+/// Pasteboard type names. These are the cross-platform names the core works with; backends
+/// map them to their own and back (on Linux, MIME types and X selection targets):
+///
+///   kText         text/plain;charset=utf-8, UTF8_STRING, text/plain
+///   kFileURL      text/uri-list (the whole list: the core reads its first URI)
+///   kPNG, kTIFF, kJPEG   image/png, image/tiff, image/jpeg; other image/* types pass through
+///                 under their MIME name, which still reads as an image
+///   kHTML         text/html
+///   kRTF          text/rtf, application/rtf
+///   kConcealed    the same name as a MIME type
+///   kPasswordManagerHint  the same name; the value kPasswordManagerHintSecret marks a secret
+///
+/// A type a backend does not know passes through under its own name.
 namespace pasteboard_type {
 inline constexpr std::string_view kText = "public.utf8-plain-text";
+inline constexpr std::string_view kFileURL = "public.file-url";
+inline constexpr std::string_view kPNG = "public.png";
+inline constexpr std::string_view kTIFF = "public.tiff";
+inline constexpr std::string_view kJPEG = "public.jpeg";
+inline constexpr std::string_view kHTML = "public.html";
+inline constexpr std::string_view kRTF = "public.rtf";
+/// Secret content (a password): one byte 0x01 when written by the program.
 inline constexpr std::string_view kConcealed = "org.nspasteboard.ConcealedType";
+/// The other desktop convention for secret content, together with kPasswordManagerHintSecret.
+inline constexpr std::string_view kPasswordManagerHint = "x-kde-passwordManagerHint";
+inline constexpr std::string_view kPasswordManagerHintSecret = "secret";
 }  // namespace pasteboard_type
 
 /// One pasteboard item: its representations, in the item's own order of preference.
