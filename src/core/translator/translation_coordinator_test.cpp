@@ -265,6 +265,30 @@ TEST_F(TranslationCoordinatorTest, TheTranslatorSwitchedOffOrNoFrontmostApplicat
     EXPECT_TRUE(http_.requests().empty());
 }
 
+TEST_F(TranslationCoordinatorTest, AMegabyteSelectionGoesDirectAndFailsQuietlyAsAnError) {
+    std::string huge;
+    while (huge.size() < 1'000'000) huge += "слово ";
+    selectInField(huge);
+    variantsHotkey();
+    ASSERT_EQ(http_.requests().size(), 1u);
+    EXPECT_NE(url(0).find("&dt=t&q="), std::string::npos);
+    answer(0, 414, "");
+    EXPECT_EQ(popup_.error, "Translation failed");
+    // Nothing of the text reached the log.
+    logger_.flush();
+    EXPECT_EQ(logger_.recentLogs(1).find("слово"), std::string::npos);
+}
+
+TEST_F(TranslationCoordinatorTest, PunctuationAloneGivesElevenEmptyNames) {
+    selectInField("?!");
+    variantsHotkey();
+    ASSERT_EQ(http_.requests().size(), 1u);
+    answer(0, 200, translationReply("?!"));
+    ASSERT_EQ(popup_.options.size(), 11u);
+    for (const auto& option : popup_.options) EXPECT_EQ(option.value, "");
+    EXPECT_FALSE(coordinator_.prefetchInFlight()) << "an answer that says the same starts no prefetch";
+}
+
 // --- The synonym cycle ------------------------------------------------------------------------
 
 class SynonymCycleTest : public TranslationCoordinatorTest {
