@@ -16,8 +16,11 @@ std::vector<std::string> Pasteboard::types() const {
 
 std::optional<std::string> Pasteboard::data(std::string_view type) const {
     if (!content_) return std::nullopt;
+    if (std::find(lost_.begin(), lost_.end(), type) != lost_.end()) return std::nullopt;
     return content_->data(type);
 }
+
+void Pasteboard::loseData(std::string type) { lost_.push_back(std::move(type)); }
 
 void Pasteboard::write(const platform::PasteboardItem& item) { store(item, {}); }
 
@@ -33,6 +36,7 @@ void Pasteboard::writeTextFromOtherApp(std::string utf8, std::string application
 
 void Pasteboard::clear() {
     content_.reset();
+    lost_.clear();
     ++changeCount_;
 }
 
@@ -43,6 +47,7 @@ std::size_t Pasteboard::programWriteCount() const {
 
 void Pasteboard::store(const platform::PasteboardItem& item, std::string application) {
     content_ = item;
+    lost_.clear();
     writes_.push_back(Write{item, std::move(application)});
     ++changeCount_;
 }

@@ -37,6 +37,10 @@ public:
     void writeTextFromOtherApp(std::string utf8, std::string application = "org.example.other");
     /// Empties the pasteboard, as a clearing by another application does; the count rises.
     void clear();
+    /// The owner of the content goes away while it is being read: `type` stays listed by
+    /// types(), but data() answers nullopt for it. The count doesn't move; the next write or
+    /// clearing ends it.
+    void loseData(std::string type);
 
     /// What lies on the pasteboard, or nullopt when it is empty.
     const std::optional<platform::PasteboardItem>& content() const { return content_; }
@@ -50,6 +54,7 @@ private:
 
     std::int64_t changeCount_;
     std::optional<platform::PasteboardItem> content_;
+    std::vector<std::string> lost_;
     std::vector<Write> writes_;
 };
 
