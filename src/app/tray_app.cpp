@@ -19,6 +19,7 @@
 #include "core/layout/layout_translator.h"
 #include "core/layout/text_switch_coordinator.h"
 #include "core/layout/transliteration_map.h"
+#include "core/clipboard/clipboard_monitor.h"
 #include "core/permissions/permission_polling.h"
 #include "core/translation/translation_service.h"
 #include "core/translator/translation_coordinator.h"
@@ -146,8 +147,12 @@ void AppDelegate::applicationDidFinishLaunching() {
         logger_.log().app.info("menuBar: no system tray yet; the icon docks when one appears");
     }
 
-    // 4 and 19 to 21: the layout switcher with the keyboard monitor, then the tap.
+    // 4 and 5: the layout switcher with the keyboard monitor, and the translator.
     createLayoutSwitching();
+    // 7: the clipboard history starts watching the clipboard.
+    createClipboardHistory();
+    // 19 to 21: the keyboard monitor starts, or the banner asks for permission.
+    startKeyboardWatching();
 }
 
 void AppDelegate::createLayoutSwitching() {
@@ -181,6 +186,10 @@ void AppDelegate::createLayoutSwitching() {
     createTranslator();
 
     permissionsManager_ = std::make_unique<PermissionsManager>(*permissions_);
+}
+
+void AppDelegate::startKeyboardWatching() {
+    if (!monitor_ || !permissionsManager_) return;
     permissionPolling_ = std::make_unique<PermissionPolling>(
         *monitor_, *permissionsManager_, loop_,
         PermissionPolling::Banner{[this] {
@@ -197,10 +206,27 @@ void AppDelegate::createLayoutSwitching() {
     eventTap_->dispatchPending();
 }
 
+void AppDelegate::createDesktopServices() {
+    if (!applications_) applications_ = x11::X11Applications::open();
+    if (!pasteboard_) pasteboard_ = std::make_unique<ui::QtPasteboard>();
+    if (!accessibility_) accessibility_ = std::make_unique<freedesktop::AtspiAccessibility>(&logger_.log().app);
+}
+
+void AppDelegate::createClipboardHistory() {
+    createDesktopServices();
+    if (!applications_) {
+        logger_.log().clipboard.warning("clipboard: no X display; the clipboard history is off");
+        return;
+    }
+    clipboardMonitor_ = std::make_unique<ClipboardMonitor>(
+        *settings_, *pasteboard_, *applications_, *accessibility_, loop_, clock_, uuids_,
+        freedesktop::XdgPaths::dataDirectory() / "clipboard.json", &logger_.log().clipboard);
+    clipboardMonitor_->start();
+}
+
 void AppDelegate::createTranslator() {
-    applications_ = x11::X11Applications::open();
+    createDesktopServices();
     if (!applications_) return;
-    pasteboard_ = std::make_unique<ui::QtPasteboard>();
     selectionKeys_ = std::make_unique<SelectionKeyOutput>(*keyOutput_, *pasteboard_);
     pointer_ = std::make_unique<ui::QtPointer>();
     httpClient_ = std::make_unique<curl::CurlHttpClient>(loop_);
@@ -242,6 +268,11 @@ void AppDelegate::applicationWillTerminate() {
     logger_.log().app.info("terminating");
     // The permission poll ends before the monitor stops.
     if (permissionPolling_) permissionPolling_->stop();
+    // The clipboard stops being watched; a history change still waiting to be saved is saved.
+    if (clipboardMonitor_) {
+        clipboardMonitor_->stop();
+        clipboardMonitor_->flushPersistence();
+    }
     if (store_) store_->flush();
     logger_.flush();
 }

@@ -5,11 +5,14 @@
 #include <string>
 #include <string_view>
 
+#include "core/clipboard/uuid.h"
 #include "core/events/notification_center.h"
+#include "platform/clock.h"
 
 namespace orvantis {
 class AppLogger;
 class AppSettings;
+class ClipboardMonitor;
 class GlobalEventMonitor;
 class LayoutSwitcher;
 class LayoutTranslator;
@@ -81,6 +84,9 @@ private:
     void createSettings();
     void createLayoutSwitching();
     void createTranslator();
+    void createDesktopServices();
+    void createClipboardHistory();
+    void startKeyboardWatching();
 
     AppLogger& logger_;
     platform::MainLoop& loop_;
@@ -114,6 +120,10 @@ private:
     std::unique_ptr<ui::TranslationPopupController> translationPopupController_;
     std::unique_ptr<TranslationPopup> translationPopup_;
     std::unique_ptr<TranslationCoordinator> translationCoordinator_;
+    // The clipboard history.
+    platform::SystemClock clock_;
+    UuidGenerator uuids_;
+    std::unique_ptr<ClipboardMonitor> clipboardMonitor_;
     std::unique_ptr<PermissionsManager> permissionsManager_;
     std::unique_ptr<PermissionPolling> permissionPolling_;
 };

@@ -83,6 +83,8 @@ void ClipboardMonitor::start() {
 
 void ClipboardMonitor::stop() { timer_.cancel(); }
 
+void ClipboardMonitor::flushPersistence() { persistence_->flush(); }
+
 void ClipboardMonitor::acknowledgeCurrentChangeCount() { lastChangeCount_ = pasteboard_.changeCount(); }
 
 void ClipboardMonitor::deletePersistedHistory() { persistence_->clear(); }

@@ -63,6 +63,8 @@ public:
     void start();
     /// Stops polling.
     void stop();
+    /// Puts a save that is still waiting on disk now; for the end of the program.
+    void flushPersistence();
     bool isPolling() const { return timer_.isActive(); }
 
     /// Takes the current change count as seen: the content now on the pasteboard (a write of

@@ -163,11 +163,24 @@ void ClipboardPersistence::saveDebounced(const std::vector<ClipboardItem>& pinne
         if (auto record = item.toPersisted()) snapshot->unpinned.push_back(std::move(*record));
 
     // Replacing the handle cancels the save that was waiting.
-    pendingSaveItem_ = loop_.postAfter(kSaveDelay, [this, snapshot = std::shared_ptr<const ClipboardSnapshot>(snapshot)] {
-        queue_->async([weak = std::weak_ptr<State>(state_), snapshot] {
-            if (auto state = weak.lock()) write(*state, *snapshot);
-        });
+    pendingSnapshot_ = snapshot;
+    pendingSaveItem_ = loop_.postAfter(kSaveDelay, [this] { startPendingWrite(); });
+}
+
+void ClipboardPersistence::startPendingWrite() {
+    std::shared_ptr<const ClipboardSnapshot> snapshot = std::move(pendingSnapshot_);
+    if (!snapshot) return;
+    queue_->async([weak = std::weak_ptr<State>(state_), snapshot] {
+        if (auto state = weak.lock()) write(*state, *snapshot);
     });
+}
+
+void ClipboardPersistence::flush() {
+    // The waiting save goes now, behind any write already queued, and this waits for both: at
+    // quit, a copy made in the last 200 ms is on disk too.
+    pendingSaveItem_.cancel();
+    startPendingWrite();
+    queue_->sync([] {});
 }
 
 void ClipboardPersistence::clear() {

@@ -56,6 +56,9 @@ public:
     std::optional<Lists> loadSnapshot();
     /// Converts the text entries now and writes them 200 ms after the last call.
     void saveDebounced(const std::vector<ClipboardItem>& pinned, const std::vector<ClipboardItem>& unpinned);
+    /// Writes a save that waits out its delay at once, and returns when every write is on
+    /// disk. For the end of the program.
+    void flush();
     /// Removes the file now, on the calling thread; failures are ignored. A write already
     /// waiting still happens, and brings the file back.
     void clear();
@@ -79,11 +82,13 @@ private:
         std::atomic<std::size_t> completedWrites{0};
     };
     static bool write(State& state, const ClipboardSnapshot& snapshot);
+    void startPendingWrite();
 
     platform::MainLoop& loop_;
     std::unique_ptr<platform::SerialQueue> queue_;
     std::shared_ptr<State> state_;
     platform::TimerHandle pendingSaveItem_;
+    std::shared_ptr<const ClipboardSnapshot> pendingSnapshot_;
 };
 
 }  // namespace orvantis

@@ -83,6 +83,24 @@ TEST_F(ClipboardPersistenceTest, SavesTextEntriesOnly200MillisecondsAfterTheLast
     EXPECT_EQ(store->completedWrites(), 1u);
 }
 
+TEST_F(ClipboardPersistenceTest, FlushWritesAWaitingSaveAtOnce) {
+    auto store = make(file_);
+    store->saveDebounced({}, {text("first")});
+    loop_.runFor(250ms);
+    store->saveDebounced({}, {text("copied just before quitting")});
+    loop_.runFor(50ms);
+    store->flush();
+    EXPECT_FALSE(store->hasPendingSave());
+    EXPECT_NE(testing::readFile(file_).find("copied just before quitting"), std::string::npos);
+    EXPECT_EQ(store->completedWrites(), 2u);
+    // Nothing is written twice afterwards.
+    loop_.runFor(1s);
+    EXPECT_EQ(store->completedWrites(), 2u);
+    // A flush with nothing waiting is harmless.
+    store->flush();
+    EXPECT_EQ(store->completedWrites(), 2u);
+}
+
 TEST_F(ClipboardPersistenceTest, FiveChangesWithin100MillisecondsCauseOneWrite) {
     auto store = make(file_);
     std::vector<ClipboardItem> items;

@@ -1,0 +1,46 @@
+#!/usr/bin/env bash
+# clipboard_capture_test.sh: texts another program copies (xclip) are captured within a second
+# and saved to the snapshot file, newest first; a copy made just before the program is told to
+# quit is on disk when it has ended. (Secrets are the unit tests' and the clipboard list's.)
+# shellcheck source-path=SCRIPTDIR source=e2e_lib.sh
+source "$(dirname "$0")/e2e_lib.sh"
+
+desktop_up
+snapshot=$XDG_DATA_HOME/orvantis/clipboard.json
+start_orvantis first
+wait_for_tray_icon "$APP_PID" 15
+wait_until 10 log_has "launch: Orvantis " || fail "no launch banner"
+
+copy() { printf '%s' "$1" | xclip -selection clipboard -i "${@:2}"; }
+saved() { [[ -f $snapshot ]] && grep -qF -- "$1" "$snapshot"; }
+
+copy "первый текст"
+wait_until 2 saved "первый текст" || fail "the first copy was not saved: $(cat "$snapshot" 2>/dev/null)"
+copy "second text"
+wait_until 2 saved "second text" || fail "the second copy was not saved"
+# The newest first.
+order=$(grep -o 'second text\|первый текст' "$snapshot" | tr '\n' '|')
+[[ $order == "second text|первый текст|" ]] || fail "wrong order: $order"
+
+# A copy just before quitting is saved by the end sequence. The polls come every 0.5 s and a
+# save 0.2 s after the poll that found a change, so the snapshot's modification time tells when
+# the polls come: the copy goes in just before one, and the quit 0.1 s after it, while its save
+# is still waiting.
+now() { date +%s.%N; }
+last_poll=$(awk -v m="$(stat -c %.9Y "$snapshot")" 'BEGIN { printf "%.3f", m - 0.2 }')
+wait_for_poll_phase() { # sleeps until OFFSET seconds after the next poll
+  local offset=$1
+  sleep "$(awk -v p="$last_poll" -v n="$(now)" -v o="$offset" 'BEGIN {
+    k = int((n - p) / 0.5) + 1; t = p + k * 0.5 + o - n; if (t < 0.05) t += 0.5; printf "%.3f", t }')"
+}
+wait_for_poll_phase -0.15
+copy "copied at the last moment"
+wait_for_poll_phase 0.1
+kill -TERM "$APP_PID"
+wait_exit "$APP_PID" 10
+[[ $EXIT_STATUS == 0 ]] || fail "exit status $EXIT_STATUS"
+saved "copied at the last moment" || fail "the last copy was lost at quit: $(cat "$snapshot")"
+for secret in "первый текст" "second text" "copied at the last moment"; do
+  log_text | grep -qF -- "$secret" && fail "the log shows clipboard text: $secret"
+done
+note "PASS"
