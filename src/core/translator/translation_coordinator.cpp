@@ -13,6 +13,18 @@ namespace orvantis {
 using platform::TextElement;
 using platform::TextRange;
 
+namespace {
+
+/// The eleven names of `phrase` as rows, each showing what it inserts.
+std::vector<PopupOption> nameOptions(std::string_view phrase) {
+    std::vector<PopupOption> options;
+    for (NameVariant& variant : NameVariantGenerator::generate(phrase))
+        options.push_back(PopupOption{variant.value, std::move(variant.value)});
+    return options;
+}
+
+}  // namespace
+
 /// The synonym lookups of one selection: one request per word, all at once.
 struct TranslationCoordinator::Prefetch {
     std::vector<std::vector<std::string>> alternates;
@@ -147,11 +159,8 @@ void TranslationCoordinator::runTranslation(const TranslationPlan& plan, const s
 
 void TranslationCoordinator::showNamingVariants(const std::string& phrase, const std::string& hint) {
     if (!popup_.isVisible()) return;
-    std::vector<PopupOption> options;
-    for (NameVariant& variant : NameVariantGenerator::generate(phrase))
-        options.push_back(PopupOption{variant.value, variant.value});
     popup_.setFooterHint(hint);
-    popup_.showOptions(std::move(options));
+    popup_.showOptions(nameOptions(phrase));
 }
 
 void TranslationCoordinator::cancelTranslationTask() {
@@ -215,10 +224,7 @@ void TranslationCoordinator::handleTabInPopup() {
     cycleStep_ = (cycleStep_ + 1) % cycleSequence_.size();
     const std::optional<std::string> phrase = cyclePhrase(perWordAlternates_, cycleSequence_[cycleStep_]);
     if (!phrase || phrase->empty()) return;
-    std::vector<PopupOption> options;
-    for (NameVariant& variant : NameVariantGenerator::generate(*phrase))
-        options.push_back(PopupOption{variant.value, variant.value});
-    popup_.showOptions(std::move(options));
+    popup_.showOptions(nameOptions(*phrase));
 }
 
 // --- The answer -------------------------------------------------------------------------------
