@@ -8,6 +8,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "app/clipboard_command.h"
 #include "app/translate_command.h"
 #include "build_info.h"
 #include "core/language/language_detector.h"
@@ -44,6 +45,12 @@ constexpr std::string_view kUsage =
     "  orvantis translate [--from CODE] [--to CODE] [--alternates] TEXT\n"
     "                                  TEXT translated (from auto, to en by default); with\n"
     "                                  --alternates the alternatives too, one a line\n"
+    "  orvantis clipboard list [--json]\n"
+    "                                  the clipboard history, pinned entries first: position,\n"
+    "                                  a tab, * if pinned or -, a tab, the preview\n"
+    "  orvantis clipboard search [--json] TEXT\n"
+    "                                  the entries that the clipboard popup's search keeps\n"
+    "  orvantis clipboard clear        empty the clipboard history, pinned entries too\n"
     "  orvantis --version              the version and build\n"
     "  orvantis --help                 this text\n"
     "\n"
@@ -246,6 +253,7 @@ int runCommandLine(const std::vector<std::string>& args, const CommandLineEnviro
     if (args[0] == "variants") return runVariants(args);
     if (args[0] == "detect") return runDetect(args);
     if (args[0] == "translate") return runTranslateCommand(args);
+    if (args[0] == "clipboard") return runClipboardCommand(args);
     return usageError("unknown command \"" + args[0] + "\"");
 }
 

@@ -10,6 +10,7 @@
 #include <QSocketNotifier>
 #include <QSystemTrayIcon>
 
+#include "app/clipboard_bus_export.h"
 #include "app/selection_key_output.h"
 #include "app/termination_signal_watcher.h"
 #include "build_info.h"
@@ -19,6 +20,7 @@
 #include "core/layout/layout_translator.h"
 #include "core/layout/text_switch_coordinator.h"
 #include "core/layout/transliteration_map.h"
+#include "core/clipboard/clipboard_history_coordinator.h"
 #include "core/clipboard/clipboard_monitor.h"
 #include "core/permissions/permission_polling.h"
 #include "core/translation/translation_service.h"
@@ -30,6 +32,8 @@
 #include "platform/clock.h"
 #include "platform/freedesktop/accessibility_bus.h"
 #include "platform/freedesktop/atspi_accessibility.h"
+#include "platform/freedesktop/clipboard_bus.h"
+#include "platform/freedesktop/desktop_entries.h"
 #include "platform/freedesktop/journal_sink.h"
 #include "platform/freedesktop/os_release.h"
 #include "platform/freedesktop/single_instance_guard.h"
@@ -43,6 +47,7 @@
 #include "platform/x11/x11_permissions.h"
 #include "platform/x11/xkb_input_sources.h"
 #include "platform/x11/xtest_key_output.h"
+#include "ui/clipboard_history_popup.h"
 #include "ui/menu_bar_controller.h"
 #include "ui/qt_pasteboard.h"
 #include "ui/qt_translation_popup.h"
@@ -221,7 +226,28 @@ void AppDelegate::createClipboardHistory() {
     clipboardMonitor_ = std::make_unique<ClipboardMonitor>(
         *settings_, *pasteboard_, *applications_, *accessibility_, loop_, clock_, uuids_,
         freedesktop::XdgPaths::dataDirectory() / "clipboard.json", &logger_.log().clipboard);
+    // 6: the popup's coordinator, before the clipboard is watched.
+    createClipboardPopup();
     clipboardMonitor_->start();
+}
+
+void AppDelegate::createClipboardPopup() {
+    // The popup opens on a hotkey: nothing to do without the keyboard monitor.
+    if (!monitor_ || !clipboardMonitor_) return;
+    platform::KeyOutput* keys = selectionKeys_ ? selectionKeys_.get() : keyOutput_.get();
+    if (!keys) return;
+    if (!pointer_) pointer_ = std::make_unique<ui::QtPointer>();
+    clipboardPopupController_ = std::make_unique<ui::ClipboardPopupController>(
+        loop_, ui::KeyboardGrab::forPlatform(), [this](const std::string& bundleID) -> std::optional<std::string> {
+            if (!desktopEntries_) desktopEntries_ = std::make_unique<freedesktop::DesktopEntries>();
+            const freedesktop::DesktopEntry* entry = desktopEntries_->byID(bundleID);
+            if (!entry) entry = desktopEntries_->forWindowClass(bundleID, bundleID);
+            if (!entry || entry->name.empty()) return std::nullopt;
+            return entry->name;
+        });
+    clipboardPopup_ = std::make_unique<ui::QtClipboardHistoryPopup>(*clipboardPopupController_);
+    clipboardHistoryCoordinator_ = std::make_unique<ClipboardHistoryCoordinator>(
+        *settings_, *monitor_, *clipboardPopup_, *clipboardMonitor_, *pasteboard_, *keys, *pointer_);
 }
 
 void AppDelegate::createTranslator() {
@@ -317,6 +343,9 @@ int runTrayApp(int& argc, char** argv) {
     platform::ThreadSerialQueue preferencesWriter(kPreferencesQueueLabel);
     AppDelegate delegate(logger, loop, preferencesWriter, [] { QCoreApplication::quit(); });
     delegate.applicationDidFinishLaunching();
+    // `orvantis clipboard` reaches the live history through the guard's connection.
+    const auto clipboardBus = exportClipboardOnBus(
+        *instance, [&delegate] { return delegate.clipboardMonitor(); }, logger.log().clipboard);
     // Registered once: runTrayApp runs once per process.
     static const bool exitHookRegistered = std::atexit(endSequenceOnExit) == 0;
     xlibIOErrorHandler = XSetIOErrorHandler(noteBrokenDisplay);

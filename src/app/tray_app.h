@@ -12,6 +12,8 @@
 namespace orvantis {
 class AppLogger;
 class AppSettings;
+class ClipboardHistoryCoordinator;
+class ClipboardHistoryPopup;
 class ClipboardMonitor;
 class GlobalEventMonitor;
 class LayoutSwitcher;
@@ -31,6 +33,9 @@ class X11Permissions;
 class XkbInputSources;
 class XTestKeyOutput;
 }  // namespace orvantis::x11
+namespace orvantis::freedesktop {
+class DesktopEntries;
+}
 class QSocketNotifier;
 namespace orvantis::platform {
 class Accessibility;
@@ -42,6 +47,7 @@ class Pointer;
 class SerialQueue;
 }  // namespace orvantis::platform
 namespace orvantis::ui {
+class ClipboardPopupController;
 class MenuBarController;
 class QtPasteboard;
 class TranslationPopupController;
@@ -77,6 +83,8 @@ public:
     ui::MenuBarController* menuBarController() const { return menuBarController_.get(); }
     /// The typed settings, from launch step 2 on; null before.
     AppSettings* settings() const { return settings_.get(); }
+    /// The clipboard watcher and its history, from launch on; null without an X display.
+    ClipboardMonitor* clipboardMonitor() const { return clipboardMonitor_.get(); }
     NotificationCenter& notifications() { return notifications_; }
 
 private:
@@ -86,6 +94,7 @@ private:
     void createTranslator();
     void createDesktopServices();
     void createClipboardHistory();
+    void createClipboardPopup();
     void startKeyboardWatching();
 
     AppLogger& logger_;
@@ -124,6 +133,11 @@ private:
     platform::SystemClock clock_;
     UuidGenerator uuids_;
     std::unique_ptr<ClipboardMonitor> clipboardMonitor_;
+    // The clipboard popup and its coordinator; absent without the keyboard monitor.
+    std::unique_ptr<freedesktop::DesktopEntries> desktopEntries_;  ///< read at the first name looked up
+    std::unique_ptr<ui::ClipboardPopupController> clipboardPopupController_;
+    std::unique_ptr<ClipboardHistoryPopup> clipboardPopup_;
+    std::unique_ptr<ClipboardHistoryCoordinator> clipboardHistoryCoordinator_;
     std::unique_ptr<PermissionsManager> permissionsManager_;
     std::unique_ptr<PermissionPolling> permissionPolling_;
 };

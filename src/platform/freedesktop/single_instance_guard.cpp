@@ -8,6 +8,7 @@
 #include "platform/freedesktop/xdg_paths.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/file.h>
 #include <unistd.h>
 
@@ -94,6 +95,9 @@ bool SingleInstanceGuard::processBus() {
     int result = 0;
     while ((result = sd_bus_process(bus_, nullptr)) > 0) {
     }
+    // A long reply may not fit the socket at once. Only input wakes this up, so the rest goes
+    // out now (the bus daemon takes it without delay) rather than after the next message.
+    if (result == 0 && (sd_bus_get_events(bus_) & POLLOUT) != 0) sd_bus_flush(bus_);
     return result == 0 && sd_bus_is_open(bus_) > 0;
 }
 

@@ -55,6 +55,7 @@ public:
 
 private:
     SingleInstanceGuard(Mechanism mechanism, sd_bus* bus, int lockDescriptor);
+    friend class ClipboardBusService;  // exports its object on this connection
 
     Mechanism mechanism_;
     sd_bus* bus_ = nullptr;    ///< owned; closed in the destructor

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <chrono>
+#include <string>
+#include <vector>
+
+namespace orvantis::app {
+
+/// `orvantis clipboard list [--json]`, `orvantis clipboard search [--json] TEXT` and
+/// `orvantis clipboard clear`. `args` starts with "clipboard".
+///
+/// The running program is asked over the session bus first (it alone knows the entries that
+/// are not text); when nobody owns its name, the snapshot file is read instead (list, search)
+/// or removed (clear: as the settings window's button, pinned entries go too). List and
+/// search print one line per entry (position from 1, a tab, `*` for pinned or `-`, a tab, the
+/// preview) or with --json the JSON array of the entries.
+///
+/// Answers the exit status: 0 on success, 2 for a usage error, 1 when the program's answer or
+/// the file could not be had (a damaged file is named on standard error and left as it is).
+int runClipboardCommand(const std::vector<std::string>& args);
+
+/// How long the command waits for the session bus and the running program.
+inline constexpr std::chrono::milliseconds kClipboardBusTimeout{1000};
+
+}  // namespace orvantis::app
