@@ -54,6 +54,26 @@ json_check "assert [e['isPinned'] for e in d] == [False]*5 and all(len(e['id']) 
   || fail "the --json listing is not as it should be"
 json_check "assert d[4]['text'] == 'первый текст' and d[4]['preview'] == 'первый текст'" || fail "the Cyrillic text changed"
 
+# Secrets, marked either way by their owner, are never taken in.
+ORVANTIS_TEXT_TARGET=${ORVANTIS_TEXT_TARGET:-$REPO_DIR/build/tests/e2e/orvantis_text_target}
+for marker in concealed hint; do
+  "$ORVANTIS_TEXT_TARGET" --title "Secret $marker" --copy-secret "hunter2-$marker" --marker "$marker" 2>/dev/null &
+  secret_pid=$!
+  APP_PIDS+=("$secret_pid")
+  timeout 10 xdotool search --sync --onlyvisible --pid "$secret_pid" >/dev/null || fail "the secret's owner did not start"
+  [[ $(xclip -selection clipboard -o) == "hunter2-$marker" ]] || fail "the secret is not on the clipboard"
+  sleep 1.2  # two polls
+  listing | grep -q "hunter2" && fail "a secret marked by $marker was taken in"
+  kill -TERM "$secret_pid"
+done
+[[ $(listing | wc -l) == 5 ]] || fail "the secrets changed the listing: $(listing | cut -c 1-60)"
+
+# A copied file: its name with 📄, in memory only.
+printf 'file:///tmp/Quarterly%%20report.pdf\r\n' | xclip -selection clipboard -t text/uri-list -i
+wait_until 1 first_is "📄 Quarterly report.pdf" || fail "the file is not listed: $(listing | head -n 2)"
+sleep 0.5
+grep -q "Quarterly" "$snapshot" && fail "the file reached the snapshot"
+
 # Search: the popup's filter, through the whole text and whatever the case.
 [[ $("$ORVANTIS_BIN" clipboard search "ПЕРВЫЙ") == "1"$'\t'"-"$'\t'"первый текст" ]] || fail "search for ПЕРВЫЙ"
 [[ $("$ORVANTIS_BIN" clipboard search "xxxxxxxx" | cut -f 3) == "big text head" ]] || fail "search beyond the preview"
@@ -79,7 +99,17 @@ wait_exit "$APP_PID" 10
 json_check "assert [e['text'] for e in d] == ['последний', 'after the clear']" || fail "the file's --json listing"
 [[ $("$ORVANTIS_BIN" clipboard search "AFTER" | cut -f 3) == "after the clear" ]] || fail "search in the file"
 
-for secret in "первый текст" "second text" "big text head" "after the clear" "последний"; do
+# A restart brings the history back into the program.
+start_orvantis restarted
+wait_for_tray_icon "$APP_PID" 15
+answers_from_program() { [[ $(log_text | grep -c "clipboard: the history answers on the session bus") -ge 2 ]]; }
+wait_until 10 answers_from_program || fail "the restarted program is not on the bus"
+[[ $(listing) == "1"$'\t'"-"$'\t'"последний"$'\n'"2"$'\t'"-"$'\t'"after the clear" ]] \
+  || fail "the restarted program does not have the history: $(listing)"
+kill -TERM "$APP_PID"
+wait_exit "$APP_PID" 10
+
+for secret in "первый текст" "second text" "big text head" "after the clear" "последний" hunter2; do
   log_text | grep -qF -- "$secret" && fail "the log shows clipboard text: $secret"
 done
 

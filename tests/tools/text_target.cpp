@@ -2,13 +2,19 @@
 // field through the accessibility bus and the keyboard.
 //
 //   orvantis_text_target [--out FILE] [--password] [--title TITLE] [--text TEXT]
+//                        [--copy-secret TEXT --marker concealed|hint]
 //
 // --out FILE receives the field's whole text (UTF-8, no newline) at start and after every
 // change, replaced atomically, so a test can read it back at any time. --password makes the
 // field a password field. The field has the focus when the window shows. Qt exposes it on the
 // accessibility bus only with QT_LINUX_ACCESSIBILITY_ALWAYS_ON=1 (or a screen reader running).
+// --copy-secret TEXT puts TEXT on the clipboard at start, marked secret the way a password
+// manager does: with the concealed type ("concealed") or with x-kde-passwordManagerHint
+// "secret" ("hint"); the program stays the clipboard's owner while it runs.
 
 #include <QApplication>
+#include <QClipboard>
+#include <QMimeData>
 #include <QCommandLineParser>
 #include <QFile>
 #include <QLineEdit>
@@ -40,7 +46,11 @@ int main(int argc, char** argv) {
     const QCommandLineOption title(QStringLiteral("title"), QStringLiteral("Window title."), QStringLiteral("TITLE"),
                                    QStringLiteral("Orvantis text target"));
     const QCommandLineOption text(QStringLiteral("text"), QStringLiteral("Initial text."), QStringLiteral("TEXT"));
-    parser.addOptions({out, password, title, text});
+    const QCommandLineOption copySecret(QStringLiteral("copy-secret"), QStringLiteral("Text to copy as a secret."),
+                                        QStringLiteral("TEXT"));
+    const QCommandLineOption marker(QStringLiteral("marker"), QStringLiteral("concealed or hint."),
+                                    QStringLiteral("MARKER"), QStringLiteral("concealed"));
+    parser.addOptions({out, password, title, text, copySecret, marker});
     parser.process(application);
 
     QWidget window;
@@ -56,6 +66,16 @@ int main(int argc, char** argv) {
     QObject::connect(field, &QLineEdit::textChanged, field,
                      [outPath](const QString& current) { writeText(outPath, current); });
     writeText(outPath, field->text());
+
+    if (parser.isSet(copySecret)) {
+        auto* mime = new QMimeData;
+        mime->setText(parser.value(copySecret));
+        if (parser.value(marker) == QLatin1String("hint"))
+            mime->setData(QStringLiteral("x-kde-passwordManagerHint"), QByteArrayLiteral("secret"));
+        else
+            mime->setData(QStringLiteral("org.nspasteboard.ConcealedType"), QByteArrayLiteral("\x01"));
+        QGuiApplication::clipboard()->setMimeData(mime, QClipboard::Clipboard);
+    }
 
     window.resize(400, 80);
     window.move(40, 60);

@@ -88,9 +88,16 @@ bool ClipboardPopupModel::dismiss() {
 
 void ClipboardPopupModel::setItems(std::vector<ClipboardItem> items) {
     allItems_ = std::move(items);
-    searchKeys_.clear();
     filteredIndices_.clear();
     filteredNeedle_.clear();
+    // Made here, with the list, so that no keystroke pays for it: the first one would otherwise
+    // lower-case every text of the history.
+    searchKeys_.clear();
+    searchKeys_.reserve(allItems_.size());
+    for (const ClipboardItem& item : allItems_) {
+        const std::string* full = item.text();
+        searchKeys_.push_back({lowercasedForSearch(item.previewText()), full ? lowercasedForSearch(*full) : std::string()});
+    }
 }
 
 // The rule of filterClipboardItems(), over lower-cased texts kept from one keystroke to the
@@ -102,14 +109,6 @@ void ClipboardPopupModel::applyFilter() {
         filteredIndices_.clear();
         filteredNeedle_.clear();
     } else {
-        if (searchKeys_.empty() && !allItems_.empty()) {
-            searchKeys_.reserve(allItems_.size());
-            for (const ClipboardItem& item : allItems_) {
-                const std::string* full = item.text();
-                searchKeys_.push_back(
-                    {lowercasedForSearch(item.previewText()), full ? lowercasedForSearch(*full) : std::string()});
-            }
-        }
         std::vector<std::size_t> candidates;
         const bool narrowing = !filteredNeedle_.empty() && needle_.find(filteredNeedle_) != std::string::npos;
         if (narrowing) {

@@ -125,7 +125,7 @@ public:
     static std::vector<TextMatch> findMatches(std::string_view text, std::string_view needle);
 
 private:
-    /// An entry's preview and full text in lower case, made once per list of entries: the
+    /// An entry's preview and full text in lower case, made when the list is handed over: the
     /// search runs on every keystroke over texts of any length.
     struct SearchKey {
         std::string preview;
@@ -141,7 +141,7 @@ private:
     bool visible_ = false;
     std::vector<ClipboardItem> allItems_;
     std::vector<ClipboardItem> filteredItems_;
-    std::vector<SearchKey> searchKeys_;          ///< for allItems_; empty until the first search
+    std::vector<SearchKey> searchKeys_;          ///< for allItems_, in its order
     std::vector<std::size_t> filteredIndices_;  ///< into allItems_
     std::string filteredNeedle_;                ///< the needle that filteredIndices_ answer
     int selectedIndex_ = -1;
