@@ -3,7 +3,8 @@
 # clipboard popup. Super+Shift+V opens it at the pointer while a terminal keeps the focus; typed
 # letters go to its search field and narrow the list; Return pastes the chosen text into the
 # terminal. Ctrl+P pins and Ctrl+Backspace deletes while the popup stays open, as the snapshot
-# file shows; Esc closes. No clipboard text reaches the log.
+# file shows; Esc closes. Ctrl+2 pastes the second row into a Qt line edit. No clipboard text
+# reaches the log.
 # Screenshots: clipboard-popup-open.png, clipboard-popup-search.png, clipboard-popup-pinned.png.
 # shellcheck source-path=SCRIPTDIR source=e2e_lib.sh
 source "$(dirname "$0")/e2e_lib.sh"
@@ -90,6 +91,23 @@ wait_until 3 popup_gone || fail "Esc did not close the popup"
 
 # Nothing but the paste reached the terminal.
 [[ $(cat "$received") == "beta two" ]] || fail "the terminal got more: $(od -c "$received" | head)"
+
+# Ctrl+2 pastes the second row into a Qt line edit.
+ORVANTIS_TEXT_TARGET=${ORVANTIS_TEXT_TARGET:-$REPO_DIR/build/tests/e2e/orvantis_text_target}
+field_out=$ORVANTIS_DESKTOP_DIR/field.out
+"$ORVANTIS_TEXT_TARGET" --title Field --out "$field_out" --text "pasted: " 2>/dev/null &
+field_pid=$!
+APP_PIDS+=("$field_pid")
+field=$(timeout 10 xdotool search --sync --onlyvisible --pid "$field_pid" | head -n1) || fail "no Qt field"
+xdotool windowfocus --sync "$field"
+sleep 0.3
+xdotool key End super+shift+v
+wait_until 3 popup_up || fail "no popup over the Qt field"
+sleep 0.2
+xdotool key ctrl+2
+wait_until 3 popup_gone || fail "Ctrl+2 did not close the popup"
+field_has() { [[ $(cat "$field_out") == "pasted: alpha one" ]]; }
+wait_until 3 field_has || fail "the Qt field holds '$(cat "$field_out")'"
 for secret in "alpha one" "beta two" "gamma three"; do
   log_text | grep -qF -- "$secret" && fail "the log shows clipboard text: $secret"
 done
