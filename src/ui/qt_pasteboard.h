@@ -17,7 +17,9 @@ namespace orvantis::ui {
 /// type names the core uses. Text is offered under the UTF-8 text MIME types, a file URL list
 /// as text/uri-list, images, HTML and RTF under their MIME names; any other MIME type passes
 /// through under its own name. A secret written by the program carries both conventions: the
-/// concealed type and the password-manager hint "secret". Main thread only.
+/// concealed type and the password-manager hint "secret". Qt takes a selection with the time of
+/// the last X event it handled, so a write can lose to a client that took the selection after
+/// that event. Main thread only.
 class QtPasteboard final : public platform::Pasteboard {
 public:
     QtPasteboard();
