@@ -18,8 +18,8 @@ namespace orvantis::ui {
 /// as text/uri-list, images, HTML and RTF under their MIME names; any other MIME type passes
 /// through under its own name. A secret written by the program carries both conventions: the
 /// concealed type and the password-manager hint "secret". Qt takes a selection with the time of
-/// the last X event it handled, so a write can lose to a client that took the selection after
-/// that event. Main thread only.
+/// the last X event it handled; it hears of every change of owner, so only a write made before
+/// Qt has handled another client's fresh claim loses to it. Main thread only.
 class QtPasteboard final : public platform::Pasteboard {
 public:
     QtPasteboard();

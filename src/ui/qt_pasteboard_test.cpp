@@ -140,8 +140,8 @@ TEST_F(QtPasteboardLiveTest, OurTextReachesAnotherClient) {
 TEST_F(QtPasteboardLiveTest, TheSelectionIsReadAndWrittenApartFromTheClipboard) {
     QtPasteboard pasteboard;
     pasteboard.write(platform::PasteboardItem::text("clipboard text"));
-    // Ours first: Qt takes a selection with the time of the last event it saw, and loses to an
-    // owner that took it later; here nothing else has taken it yet.
+    // Ours first: Qt takes a selection with the time of the last event it handled, and loses
+    // to a claim it has not handled yet; here nothing else has claimed it.
     pasteboard.setSelectionText("наш выбор");
     EXPECT_EQ(xclip({"-selection", "primary", "-o"}), QByteArray("наш выбор"));
     ASSERT_TRUE(xclip({"-selection", "primary", "-i"}, QByteArray("selected words")));
