@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # clipboard_capture_test.sh: texts another program copies (xclip) are captured within a second
 # and saved to the snapshot file, newest first; a copy made just before the program is told to
-# quit is on disk when it has ended. (Secrets are the unit tests' and the clipboard list's.)
+# quit is on disk when it has ended; an image is not taken in while non-text capture is off.
+# (Secrets are the unit tests' and the clipboard commands' test's.)
 # shellcheck source-path=SCRIPTDIR source=e2e_lib.sh
 source "$(dirname "$0")/e2e_lib.sh"
 
@@ -21,6 +22,11 @@ wait_until 2 saved "second text" || fail "the second copy was not saved"
 # The newest first.
 order=$(grep -o 'second text\|первый текст' "$snapshot" | tr '\n' '|')
 [[ $order == "second text|первый текст|" ]] || fail "wrong order: $order"
+
+# With non-text capture off (the default) an image is not taken in.
+printf '\x89PNG\r\n\x1a\nnot really an image' | xclip -selection clipboard -t image/png -i
+sleep 1.2  # two polls
+[[ $("$ORVANTIS_BIN" clipboard list | wc -l) == 2 ]] || fail "the image was taken in: $("$ORVANTIS_BIN" clipboard list)"
 
 # A copy just before quitting is saved by the end sequence. The polls come every 0.5 s and a
 # save 0.2 s after the poll that found a change, so the snapshot's modification time tells when
