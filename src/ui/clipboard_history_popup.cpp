@@ -453,17 +453,19 @@ ClipboardPopupController::ClipboardPopupController(platform::MainLoop& loop, std
     : loop_(loop),
       grab_(grab ? std::move(grab) : KeyboardGrab::none()),
       appNameLookup_(std::move(appName)),
-      watchActivation_(watchActivation ? std::move(watchActivation) : ActivationWatch(&watchActiveWindowChanges)),
       model_([this] { return visibleFrame(); }),
       panel_(std::make_unique<ClipboardPopupPanel>(*this)),
-      keyboard_(*grab_, loop_) {
+      keyboard_(*grab_, loop_),
+      outside_(loop_, [this] {
+          if (model_.isVisible()) dismiss();
+      }, std::move(watchActivation)) {
     connect(&panel_->search(), &QLineEdit::textChanged, this, [this](const QString& text) { searchChanged(text); });
 }
 
 ClipboardPopupController::~ClipboardPopupController() {
     if (filteringKeys_) qApp->removeEventFilter(this);
     keyboard_.release();
-    appSwitch_.reset();
+    outside_.stop();
 }
 
 QWidget& ClipboardPopupController::panel() { return *panel_; }
@@ -492,7 +494,7 @@ std::string ClipboardPopupController::appName(const std::optional<std::string>& 
 
 void ClipboardPopupController::show(QPoint pointer, std::vector<ClipboardItem> items, ClipboardPopupTexts texts) {
     pointer_ = pointer;
-    outsideDismissal_.cancel();
+    outside_.cancelPendingClose();
     model_.show({static_cast<double>(pointer.x()), static_cast<double>(pointer.y())}, std::move(items),
                 std::move(texts));
     settingField_ = true;
@@ -514,10 +516,7 @@ void ClipboardPopupController::show(QPoint pointer, std::vector<ClipboardItem> i
     if (QWindow* window = panel_->windowHandle()) keyboard_.hold(*window);
     scrollLater_ = loop_.postAfter(platform::Duration::zero(), [this] { panel_->scrollToRow(0); });
     // A turn later than that, so that the event that opened the popup does not close it.
-    if (!watchingOutside_)
-        subscribeLater_ = loop_.postAfter(platform::Duration::zero(), [this] {
-            subscribeLater_ = loop_.postAfter(platform::Duration::zero(), [this] { subscribeToOutside(); });
-        });
+    outside_.startAfter(2);
 }
 
 void ClipboardPopupController::refresh(std::vector<ClipboardItem> items) {
@@ -533,7 +532,7 @@ void ClipboardPopupController::dismiss() {
         qApp->removeEventFilter(this);
         filteringKeys_ = false;
     }
-    unsubscribeFromOutside();
+    outside_.stop();
     scrollLater_.cancel();
     model_.dismiss();
     if (onDismiss_) onDismiss_();
@@ -562,8 +561,8 @@ void ClipboardPopupController::handleRowClick(std::size_t index, int clickCount)
 }
 
 void ClipboardPopupController::handlePanelPress(QPoint globalPosition) {
-    if (!model_.isVisible() || !watchingOutside_ || panel_->geometry().contains(globalPosition)) return;
-    outsideDismissal_ = loop_.postAfter(platform::Duration::zero(), [this] { dismiss(); });
+    if (!model_.isVisible()) return;
+    outside_.press(panel_->geometry().contains(globalPosition));
 }
 
 bool ClipboardPopupController::eventFilter(QObject* watched, QEvent* event) {
@@ -630,21 +629,6 @@ void ClipboardPopupController::carryOut(const ClipboardPopupOutcome& outcome) {
             break;
         case ClipboardPopupAction::dismiss: dismiss(); break;
     }
-}
-
-void ClipboardPopupController::subscribeToOutside() {
-    if (watchingOutside_ || !model_.isVisible()) return;
-    watchingOutside_ = true;
-    appSwitch_ = watchActivation_([this] {
-        if (model_.isVisible()) dismiss();
-    });
-}
-
-void ClipboardPopupController::unsubscribeFromOutside() {
-    subscribeLater_.cancel();
-    outsideDismissal_.cancel();
-    appSwitch_.reset();
-    watchingOutside_ = false;
 }
 
 }  // namespace orvantis::ui

@@ -35,7 +35,7 @@ class ClipboardPopupController final : public QObject {
     Q_OBJECT
 
 public:
-    using ActivationWatch = std::function<Subscription(std::function<void()>)>;
+    using ActivationWatch = OutsideWatch::ActivationWatch;
     /// The display name of the application with this identifier, or nullopt when unknown.
     using AppNameLookup = std::function<std::optional<std::string>(const std::string& bundleID)>;
     using ItemCallback = ClipboardHistoryPopup::ItemCallback;
@@ -87,14 +87,11 @@ private:
     void carryOut(const ClipboardPopupOutcome& outcome);
     void searchChanged(const QString& text);
     void rebuild();
-    void subscribeToOutside();
-    void unsubscribeFromOutside();
     std::optional<PopupRect> visibleFrame() const;
 
     platform::MainLoop& loop_;
     std::unique_ptr<KeyboardGrab> grab_;
     AppNameLookup appNameLookup_;
-    ActivationWatch watchActivation_;
     std::map<std::string, std::string, std::less<>> appNames_;
     ItemCallback onConfirm_;
     ItemCallback onDelete_;
@@ -104,13 +101,10 @@ private:
     ClipboardPopupModel model_;
     std::unique_ptr<ClipboardPopupPanel> panel_;
     HeldKeyboard keyboard_;
-    Subscription appSwitch_;
-    bool watchingOutside_ = false;
+    OutsideWatch outside_;  ///< from two turns after show() until dismiss()
     bool filteringKeys_ = false;
     bool settingField_ = false;  ///< the field is being set from the model, not typed in
     platform::TimerHandle scrollLater_;
-    platform::TimerHandle subscribeLater_;
-    platform::TimerHandle outsideDismissal_;
 };
 
 /// The clipboard popup as the coordinator drives it, over the Qt panel. Borrows the

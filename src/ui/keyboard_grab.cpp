@@ -181,4 +181,35 @@ Subscription watchActiveWindowChanges(std::function<void()> changed) {
     return watchFocusWindow(std::move(changed));
 }
 
+OutsideWatch::OutsideWatch(platform::MainLoop& loop, std::function<void()> close, ActivationWatch watchActivation)
+    : loop_(loop), close_(std::move(close)),
+      watchActivation_(watchActivation ? std::move(watchActivation) : ActivationWatch(&watchActiveWindowChanges)) {}
+
+void OutsideWatch::startAfter(int turns) {
+    pendingClose_.cancel();
+    if (watching_) return;
+    later(turns);
+}
+
+void OutsideWatch::later(int turns) {
+    if (turns > 0) {
+        start_ = loop_.postAfter(platform::Duration::zero(), [this, turns] { later(turns - 1); });
+        return;
+    }
+    watching_ = true;
+    activation_ = watchActivation_(close_);
+}
+
+void OutsideWatch::stop() {
+    start_.cancel();
+    pendingClose_.cancel();
+    activation_.reset();
+    watching_ = false;
+}
+
+void OutsideWatch::press(bool inside) {
+    if (!watching_ || inside) return;
+    pendingClose_ = loop_.postAfter(platform::Duration::zero(), close_);
+}
+
 }  // namespace orvantis::ui

@@ -78,4 +78,39 @@ private:
 /// The callback runs on the main thread until the subscription is dropped.
 Subscription watchActiveWindowChanges(std::function<void()> changed);
 
+/// What closes a popup from outside: another application becoming active, or a press that lands
+/// outside the popup. Watching starts a number of main-loop turns after the popup shows, so that
+/// the event that opened it does not close it. Main thread only.
+class OutsideWatch {
+public:
+    /// Starts watching for another application's activation; the callback closes.
+    using ActivationWatch = std::function<Subscription(std::function<void()>)>;
+
+    /// `close` closes the popup; `watchActivation` defaults to watchActiveWindowChanges().
+    OutsideWatch(platform::MainLoop& loop, std::function<void()> close, ActivationWatch watchActivation = {});
+
+    /// The popup has shown: watching starts `turns` turns of the main loop from now, unless it
+    /// runs already.
+    void startAfter(int turns);
+    /// The popup has closed: nothing more is watched, and a pending close is dropped.
+    void stop();
+    /// Drops a close that a press outside has scheduled.
+    void cancelPendingClose() { pendingClose_.cancel(); }
+    /// A press at a point that `inside` says is outside the popup closes it on the next turn,
+    /// once watching has started.
+    void press(bool inside);
+    bool watching() const { return watching_; }
+
+private:
+    void later(int turns);
+
+    platform::MainLoop& loop_;
+    std::function<void()> close_;
+    ActivationWatch watchActivation_;
+    Subscription activation_;
+    bool watching_ = false;
+    platform::TimerHandle start_;
+    platform::TimerHandle pendingClose_;
+};
+
 }  // namespace orvantis::ui

@@ -375,15 +375,17 @@ TranslationPopupController::TranslationPopupController(platform::MainLoop& loop,
                                                        ActivationWatch watchActivation)
     : loop_(loop),
       grab_(grab ? std::move(grab) : KeyboardGrab::none()),
-      watchActivation_(watchActivation ? std::move(watchActivation) : ActivationWatch(&watchActiveWindowChanges)),
       model_(textMetrics(), [this] { return visibleFrame(); }),
       panel_(std::make_unique<TranslationPopupPanel>(*this)),
-      keyboard_(*grab_, loop_) {}
+      keyboard_(*grab_, loop_),
+      outside_(loop_, [this] {
+          if (model_.isVisible()) dismiss();
+      }, std::move(watchActivation)) {}
 
 TranslationPopupController::~TranslationPopupController() {
     if (filteringKeys_) qApp->removeEventFilter(this);
     keyboard_.release();
-    appSwitch_.reset();
+    outside_.stop();
 }
 
 QWidget& TranslationPopupController::panel() { return *panel_; }
@@ -402,7 +404,7 @@ std::optional<PopupRect> TranslationPopupController::visibleFrame() const {
 void TranslationPopupController::show(QPoint pointer) {
     pointer_ = pointer;
     errorDismissal_.cancel();
-    outsideDismissal_.cancel();
+    outside_.cancelPendingClose();
     model_.show({static_cast<double>(pointer.x()), static_cast<double>(pointer.y())});
     applyModel();
     // A window that is mapped anew goes on top of the others; one still shown is lifted.
@@ -416,8 +418,7 @@ void TranslationPopupController::show(QPoint pointer) {
     }
     if (QWindow* window = panel_->windowHandle()) keyboard_.hold(*window);
     // One turn later, so that an activation under way while showing does not close the popup.
-    if (!watchingOutside_)
-        subscribeLater_ = loop_.postAfter(platform::Duration::zero(), [this] { subscribeToAppSwitch(); });
+    outside_.startAfter(1);
 }
 
 void TranslationPopupController::showOptions(std::vector<PopupOption> options) {
@@ -443,7 +444,7 @@ void TranslationPopupController::dismiss() {
         qApp->removeEventFilter(this);
         filteringKeys_ = false;
     }
-    unsubscribeFromAppSwitch();
+    outside_.stop();
     errorDismissal_.cancel();
     model_.dismiss();
     applyModel();
@@ -474,8 +475,8 @@ bool TranslationPopupController::eventFilter(QObject* watched, QEvent* event) {
 }
 
 void TranslationPopupController::handlePanelPress(QPoint globalPosition) {
-    if (!model_.isVisible() || !watchingOutside_ || panel_->geometry().contains(globalPosition)) return;
-    outsideDismissal_ = loop_.postAfter(platform::Duration::zero(), [this] { dismiss(); });
+    if (!model_.isVisible()) return;
+    outside_.press(panel_->geometry().contains(globalPosition));
 }
 
 void TranslationPopupController::carryOut(const PopupOutcome& outcome) {
@@ -498,20 +499,5 @@ void TranslationPopupController::confirm(const std::string& value) {
 }
 
 void TranslationPopupController::applyModel() { panel_->present(model_); }
-
-void TranslationPopupController::subscribeToAppSwitch() {
-    if (watchingOutside_ || !model_.isVisible()) return;
-    watchingOutside_ = true;
-    appSwitch_ = watchActivation_([this] {
-        if (model_.isVisible()) dismiss();
-    });
-}
-
-void TranslationPopupController::unsubscribeFromAppSwitch() {
-    subscribeLater_.cancel();
-    outsideDismissal_.cancel();
-    appSwitch_.reset();
-    watchingOutside_ = false;
-}
 
 }  // namespace orvantis::ui

@@ -33,7 +33,7 @@ class TranslationPopupController final : public QObject {
 
 public:
     /// Starts watching for another application's activation; the callback dismisses.
-    using ActivationWatch = std::function<Subscription(std::function<void()>)>;
+    using ActivationWatch = OutsideWatch::ActivationWatch;
 
     /// `grab` takes the keyboard while the popup is shown (KeyboardGrab::forPlatform() in the
     /// application). `watchActivation` defaults to watchActiveWindowChanges().
@@ -92,14 +92,11 @@ private:
     void carryOut(const PopupOutcome& outcome);
     void confirm(const std::string& value);
     void applyModel();
-    void subscribeToAppSwitch();
-    void unsubscribeFromAppSwitch();
 
     std::optional<PopupRect> visibleFrame() const;
 
     platform::MainLoop& loop_;
     std::unique_ptr<KeyboardGrab> grab_;
-    ActivationWatch watchActivation_;
     std::function<void(const std::string&)> onConfirm_;
     std::function<void()> onDismiss_;
     std::function<void()> onTabPressed_;
@@ -107,12 +104,9 @@ private:
     TranslationPopupModel model_;
     std::unique_ptr<TranslationPopupPanel> panel_;
     HeldKeyboard keyboard_;
-    Subscription appSwitch_;
-    bool watchingOutside_ = false;  ///< from one turn after show() until dismiss()
+    OutsideWatch outside_;  ///< from one turn after show() until dismiss()
     bool filteringKeys_ = false;
-    platform::TimerHandle subscribeLater_;
     platform::TimerHandle errorDismissal_;
-    platform::TimerHandle outsideDismissal_;
 };
 
 }  // namespace orvantis::ui
