@@ -40,8 +40,9 @@ received=$ORVANTIS_DESKTOP_DIR/xterm-bytes
 LC_ALL=C.UTF-8 xterm -u8 -geometry 60x8+0+0 \
   -e sh -c "stty raw -echo; exec dd bs=1 of='$received' 2>/dev/null" &
 APP_PIDS+=("$!")
-terminal=$(xdotool search --sync --class XTerm | head -n1) || fail "no terminal window"
-xdotool windowfocus --sync "$terminal"
+terminal=$(mapped_window --class XTerm)
+[[ -n $terminal ]] || fail "no terminal window"
+focus_window "$terminal" || fail "the terminal took no focus"
 xdotool mousemove 300 200
 sleep 0.3
 
@@ -98,8 +99,9 @@ field_out=$ORVANTIS_DESKTOP_DIR/field.out
 "$ORVANTIS_TEXT_TARGET" --title Field --out "$field_out" --text "pasted: " 2>/dev/null &
 field_pid=$!
 APP_PIDS+=("$field_pid")
-field=$(timeout 10 xdotool search --sync --onlyvisible --pid "$field_pid" | head -n1) || fail "no Qt field"
-xdotool windowfocus --sync "$field"
+field=$(mapped_window --pid "$field_pid")
+[[ -n $field ]] || fail "no Qt field"
+focus_window "$field" || fail "the Qt field took no focus"
 sleep 0.3
 xdotool key End super+shift+v
 wait_until 3 popup_up || fail "no popup over the Qt field"

@@ -52,6 +52,19 @@ wait_until() {
   done
 }
 
+# mapped_window SEARCH-ARGS...: the first window that xdotool's search finds once it is mapped,
+# waiting at most 10 s. A client names its window before mapping it, and focusing an unmapped
+# window is an X error.
+mapped_window() {
+  timeout 10 xdotool search --sync --onlyvisible "$@" 2>/dev/null | head -n1
+}
+
+# focus_window WINDOW: gives WINDOW the input focus, trying again for up to 5 s while the server
+# refuses (a window is focusable only once it and its parents are viewable).
+focus_window() {
+  wait_until 5 timeout 3 xdotool windowfocus --sync "$1" 2>/dev/null
+}
+
 # desktop_up [--no-tray]: a fresh virtual desktop for this test, torn down on exit.
 # shellcheck disable=SC2120  # the options are optional
 desktop_up() {

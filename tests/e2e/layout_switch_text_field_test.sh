@@ -48,9 +48,9 @@ open_field() {
   FIELD_PID=$!
   APP_PIDS+=("$FIELD_PID")
   local window
-  window=$(timeout 10 xdotool search --sync --onlyvisible --pid "$FIELD_PID" | head -n1) || true
+  window=$(mapped_window --pid "$FIELD_PID")
   [[ -n $window ]] || fail "field $field_count: no window"
-  xdotool windowfocus --sync "$window" || fail "field $field_count: no focus"
+  focus_window "$window" || fail "field $field_count: no focus"
   # The field takes the focus once its window is active.
   sleep 0.3
 }

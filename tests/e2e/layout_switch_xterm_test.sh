@@ -11,13 +11,14 @@ received=$ORVANTIS_DESKTOP_DIR/xterm-bytes
 : >"$received"
 LC_ALL=C.UTF-8 xterm -u8 -geometry 60x8+0+0 -e sh -c "stty raw -echo; exec dd bs=1 of='$received' 2>/dev/null" &
 APP_PIDS+=("$!")
-terminal=$(xdotool search --sync --class XTerm | head -n1) || fail "no terminal window"
+terminal=$(mapped_window --class XTerm)
+[[ -n $terminal ]] || fail "no terminal window"
 
 start_orvantis first
 wait_for_tray_icon "$APP_PID" 15
 wait_until 10 log_has "launch: Orvantis " || fail "no launch banner"
 log_has "keyboard: no X display" && fail "the program found no keyboard"
-xdotool windowfocus --sync "$terminal"
+focus_window "$terminal" || fail "the terminal took no focus"
 
 bytes() { od -An -c "$received" | tr -s ' \n' ' '; }
 has_text() { grep -q "$1" "$received"; }

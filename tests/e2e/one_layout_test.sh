@@ -23,7 +23,8 @@ received=$ORVANTIS_DESKTOP_DIR/xterm-bytes
 : >"$received"
 LC_ALL=C.UTF-8 xterm -u8 -geometry 60x8+0+0 -e sh -c "stty raw -echo; exec dd bs=1 of='$received' 2>/dev/null" &
 APP_PIDS+=("$!")
-terminal=$(xdotool search --sync --class XTerm | head -n1) || fail "no terminal window"
+terminal=$(mapped_window --class XTerm)
+[[ -n $terminal ]] || fail "no terminal window"
 
 # The tool tip is read back through the accessibility tree of the program.
 export QT_LINUX_ACCESSIBILITY_ALWAYS_ON=1
@@ -43,7 +44,7 @@ wait_until 5 no_tooltip "$APP_PID" || fail "the tool tip stayed"
 
 bytes() { od -An -c "$received" | tr -s ' \n' ' '; }
 has_text() { grep -q "$1" "$received"; }
-xdotool windowfocus --sync "$terminal"
+focus_window "$terminal" || fail "the terminal took no focus"
 xdotool type --delay 15 ghbdtn
 wait_until 3 has_text ghbdtn || fail "the terminal did not receive the typing: $(bytes)"
 xdotool key shift+BackSpace

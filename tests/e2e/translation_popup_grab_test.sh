@@ -36,7 +36,8 @@ if ((with_wm)); then
   wait_until 10 wm_running || fail "openbox did not start"
   xterm -geometry 40x10+700+450 -title other &
   APP_PIDS+=("$!")
-  other=$(xdotool search --sync --name '^other$' | head -n1) || fail "no second terminal"
+  other=$(mapped_window --name '^other$')
+  [[ -n $other ]] || fail "no second terminal"
   probe_args+=(--activate "$other")
   shot_name=translation-popup-openbox
 fi
@@ -44,11 +45,12 @@ received=$ORVANTIS_DESKTOP_DIR/xterm-bytes
 : >"$received"
 LC_ALL=C.UTF-8 xterm -u8 -title recorder -geometry 80x24+40+40 -e sh -c "stty raw -echo; exec dd bs=1 of='$received' 2>/dev/null" &
 APP_PIDS+=("$!")
-terminal=$(xdotool search --sync --name '^recorder$' | head -n1) || fail "no terminal window"
+terminal=$(mapped_window --name '^recorder$')
+[[ -n $terminal ]] || fail "no terminal window"
 if ((with_wm)); then
   xdotool windowactivate --sync "$terminal"
 else
-  xdotool windowfocus --sync "$terminal"
+  focus_window "$terminal" || fail "the terminal took no focus"
 fi
 sleep 0.2
 

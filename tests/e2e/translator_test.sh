@@ -60,9 +60,9 @@ open_field() {
   FIELD_PID=$!
   APP_PIDS+=("$FIELD_PID")
   local window
-  window=$(timeout 10 xdotool search --sync --onlyvisible --pid "$FIELD_PID" | head -n1) || true
+  window=$(mapped_window --pid "$FIELD_PID")
   [[ -n $window ]] || fail "field $field_count: no window"
-  xdotool windowfocus --sync "$window" || fail "field $field_count: no focus"
+  focus_window "$window" || fail "field $field_count: no focus"
   sleep 0.3
   xdotool key ctrl+a
   sleep 0.2
@@ -97,8 +97,9 @@ if [[ $mode == xterm ]]; then
   LC_ALL=C.UTF-8 xterm -u8 -geometry 60x8+0+0 \
     -e sh -c "printf 'имя пользователя\n'; stty raw -echo; exec dd bs=1 of='$received' 2>/dev/null" &
   APP_PIDS+=("$!")
-  terminal=$(xdotool search --sync --class XTerm | head -n1) || fail "no terminal window"
-  xdotool windowfocus --sync "$terminal"
+  terminal=$(mapped_window --class XTerm)
+  [[ -n $terminal ]] || fail "no terminal window"
+  focus_window "$terminal" || fail "the terminal took no focus"
   sleep 0.3
   # Another program has just put something else on the clipboard: what is selected wins.
   printf 'stale clipboard text' | xclip -selection clipboard -i
