@@ -33,7 +33,8 @@ while True:
     out.write(\"%.6f %d\\n\" % (time.monotonic(), b[0]))
 ' '$received'" &
 APP_PIDS+=("$!")
-terminal=$(xdotool search --sync --class XTerm | head -n1) || fail "no terminal window"
+terminal=$(mapped_window --class XTerm)
+[[ -n $terminal ]] || fail "no terminal window"
 
 python3 - "$ORVANTIS_BIN" "$received" "$terminal" "$RUNS" "$ORVANTIS_DESKTOP_DIR" <<'PYTHON'
 import os, statistics, subprocess, sys, time

@@ -31,7 +31,8 @@ wait_until 5 test -s "$port_file" || fail "the translation stand-in did not star
 out=$ORVANTIS_DESKTOP_DIR/field.out
 QT_LINUX_ACCESSIBILITY_ALWAYS_ON=1 "$ORVANTIS_TEXT_TARGET" --title Field --out "$out" --text "медленно" 2>/dev/null &
 APP_PIDS+=("$!")
-field=$(timeout 10 xdotool search --sync --onlyvisible --name '^Field$' | head -n1) || fail "no field"
+field=$(mapped_window --name '^Field$')
+[[ -n $field ]] || fail "no field"
 start_orvantis first
 wait_for_tray_icon "$APP_PID" 15
 sleep 1
