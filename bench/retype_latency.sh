@@ -5,9 +5,12 @@
 # measures, it does not judge.
 #
 # Each run types "ghbdtn" into an xterm, waits past the retype interval, presses
-# Shift+Backspace and times the arrival of the last letter of "привет". The same is timed for
-# a plain key press ("the echo"), which is what xdotool and the X server cost by themselves;
-# the difference is the program's.
+# Shift+Backspace and times the arrival of the last letter of "привет". The keys are pressed
+# through XTest from within the script, Shift first and the clock started just before Backspace
+# goes down; both are let go at once. (The retyping waits for held keys to be let go, so a
+# hotkey held longer adds its hold time.) The same is timed for a plain key press ("the echo"),
+# which is what the X server and the terminal cost by themselves; the difference is the
+# program's.
 #
 # Needs the build (ORVANTIS_BIN, default build/src/app/orvantis), python3 and the packages of
 # scripts/install-deps.sh.
@@ -36,8 +39,9 @@ APP_PIDS+=("$!")
 terminal=$(mapped_window --class XTerm)
 [[ -n $terminal ]] || fail "no terminal window"
 
-python3 - "$ORVANTIS_BIN" "$received" "$terminal" "$RUNS" "$ORVANTIS_DESKTOP_DIR" <<'PYTHON'
+PYTHONPATH=$BENCH_DIR python3 - "$ORVANTIS_BIN" "$received" "$terminal" "$RUNS" "$ORVANTIS_DESKTOP_DIR" <<'PYTHON'
 import os, statistics, subprocess, sys, time
+from x11_keys import Display
 
 program, received, terminal, runs, desktop = sys.argv[1], sys.argv[2], sys.argv[3], int(sys.argv[4]), sys.argv[5]
 # The last byte of "привет" in UTF-8 (т is d1 82).
@@ -58,13 +62,16 @@ def wait_for(predicate, limit=5.0):
     state = subprocess.run(["xinput", "query-state", "Virtual core XTEST keyboard"], capture_output=True, text=True).stdout
     raise SystemExit("time-out: %r\n%s" % (lines()[-12:], state))
 
+x = Display()
+
 def xdotool(*args):
     subprocess.run(["xdotool", *args], check=True)
 
 def echo_latency():
     start_count = len(lines())
     t0 = time.monotonic()
-    xdotool("key", "a")
+    x.press("a")
+    x.release("a")
     return wait_for(lambda seen: float(seen[start_count][0]) - t0 if len(seen) > start_count else None)
 
 def retype_latency():
@@ -72,8 +79,10 @@ def retype_latency():
     wait_for(lambda seen: True if len(seen) >= 6 and int(seen[-1][1]) == ord("n") else None)
     time.sleep(0.35)  # past the retype interval of an earlier run
     start_count = len(lines())
+    x.hold("Shift_L")
     t0 = time.monotonic()
-    xdotool("key", "shift+BackSpace")
+    x.press("BackSpace")
+    x.release("Shift_L", "BackSpace")
     # Six deletes and twelve bytes of "привет".
     def done(seen):
         new = seen[start_count:]
@@ -101,7 +110,7 @@ def run_program(delay):
 
 xdotool("windowfocus", "--sync", terminal)
 echo = [echo_latency() for _ in range(runs)]
-print("echo (xdotool key to arrival):      median %6.1f ms  (min %.1f, max %.1f)" %
+print("echo (key press to arrival):        median %6.1f ms  (min %.1f, max %.1f)" %
       (statistics.median(echo) * 1e3, min(echo) * 1e3, max(echo) * 1e3))
 for delay in (0, 100):
     values = run_program(delay)
