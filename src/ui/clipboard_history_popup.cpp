@@ -5,7 +5,6 @@
 #include <utility>
 
 #include <QApplication>
-#include <QFontDatabase>
 #include <QFontMetrics>
 #include <QGuiApplication>
 #include <QHBoxLayout>
@@ -15,7 +14,6 @@
 #include <QMouseEvent>
 #include <QPainter>
 #include <QPainterPath>
-#include <QScreen>
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QTextLayout>
@@ -25,6 +23,7 @@
 
 #include "core/text/utf.h"
 #include "platform/key_output.h"
+#include "ui/popup_look.h"
 
 namespace orvantis::ui {
 namespace {
@@ -41,23 +40,6 @@ constexpr int kEdgeMargin = 5;  ///< above the search field and below the footer
 /// Stands for the keys that the popup has no rule for.
 constexpr std::uint16_t kNoKeyCode = 0xFFFF;
 
-QString toQString(std::string_view text) { return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())); }
-
-QFont systemFont(int pixelSize, QFont::Weight weight = QFont::Normal) {
-    QFont font = QGuiApplication::font();
-    font.setPixelSize(pixelSize);
-    font.setWeight(weight);
-    return font;
-}
-
-QFont numberFont() {
-    QFont font = QFontDatabase::systemFont(QFontDatabase::FixedFont);
-    font.setPixelSize(10);
-    font.setWeight(QFont::Medium);
-    return font;
-}
-
-QColor secondaryColor(const QPalette& palette) { return palette.color(QPalette::PlaceholderText); }
 
 QColor tertiaryColor(const QPalette& palette) {
     QColor color = palette.color(QPalette::WindowText);
@@ -98,12 +80,7 @@ PopupKey popupKey(const QKeyEvent& event) {
         const quint32 native = event.nativeScanCode();
         if (native >= 10 && native <= 18) key.keyCode = Model::kDigitKeyCodes[native - 10];
     }
-    const Qt::KeyboardModifiers modifiers = event.modifiers();
-    // Ctrl stands for the Command key of the design; the Super key for its Control key.
-    if (modifiers & Qt::ControlModifier) key.flags |= platform::key_flags::kCommand;
-    if (modifiers & Qt::MetaModifier) key.flags |= platform::key_flags::kControl;
-    if (modifiers & Qt::AltModifier) key.flags |= platform::key_flags::kOption;
-    if (modifiers & Qt::ShiftModifier) key.flags |= platform::key_flags::kShift;
+    key.flags = popupKeyFlags(event.modifiers());
     key.charactersIgnoringModifiers = event.text().toStdString();
     return key;
 }
@@ -120,7 +97,7 @@ protected:
     void paintEvent(QPaintEvent*) override {
         QPainter painter(this);
         painter.setRenderHint(QPainter::Antialiasing);
-        painter.setPen(QPen(secondaryColor(palette()), 1.6, Qt::SolidLine, Qt::RoundCap));
+        painter.setPen(QPen(popupSecondaryColor(palette()), 1.6, Qt::SolidLine, Qt::RoundCap));
         painter.drawEllipse(QRectF(2, 2, 8.5, 8.5));
         painter.drawLine(QPointF(9.5, 9.5), QPointF(14, 14));
     }
@@ -196,8 +173,8 @@ protected:
         }
         const double h = height();
         double x = kRowLeadingInset;
-        painter.setFont(numberFont());
-        painter.setPen(secondaryColor(pal));
+        painter.setFont(popupNumberFont());
+        painter.setPen(popupSecondaryColor(pal));
         painter.drawText(QRectF(x, 0, kNumberWidth, h), Qt::AlignVCenter | Qt::AlignHCenter,
                          QString::number(index_ + 1));
         x += kNumberWidth;
@@ -210,7 +187,7 @@ protected:
 
         double right = width() - kMetaTrailingInset;
         if (!appName_.isEmpty()) {
-            const QFont metaFont = systemFont(10);
+            const QFont metaFont = popupPlainFont(10);
             const QFontMetrics metrics(metaFont);
             const int metaWidth = std::min(metrics.horizontalAdvance(appName_), width() / 3);
             painter.setFont(metaFont);
@@ -232,7 +209,7 @@ protected:
 private:
     /// One line, cut with "…" at the end when too long; the marks in a heavier face on yellow.
     void drawPreview(QPainter& painter, const QRectF& area) {
-        const QFont font = systemFont(13);
+        const QFont font = popupPlainFont(13);
         const QFontMetrics metrics(font);
         QString shown = metrics.elidedText(preview_, Qt::ElideRight, static_cast<int>(area.width()));
         // The part of the preview that is still shown, before the "…" of a cut.
@@ -303,7 +280,7 @@ public:
         search_ = new QLineEdit(searchRow);
         search_->setObjectName(QStringLiteral("clipboardPopupSearch"));
         search_->setFrame(false);
-        search_->setFont(systemFont(14));
+        search_->setFont(popupPlainFont(14));
         search_->setAttribute(Qt::WA_MacShowFocusRect, false);
         searchLayout->addWidget(search_, 1);
         layout->addWidget(searchRow);
@@ -332,9 +309,9 @@ public:
         empty_->setObjectName(QStringLiteral("clipboardPopupEmpty"));
         empty_->setAlignment(Qt::AlignCenter);
         empty_->setMinimumHeight(static_cast<int>(Model::kRowHeight));
-        empty_->setFont(systemFont(13));
+        empty_->setFont(popupPlainFont(13));
         QPalette emptyPalette = empty_->palette();
-        emptyPalette.setColor(QPalette::WindowText, secondaryColor(emptyPalette));
+        emptyPalette.setColor(QPalette::WindowText, popupSecondaryColor(emptyPalette));
         empty_->setPalette(emptyPalette);
         layout->addWidget(empty_, 1);
 
@@ -351,9 +328,9 @@ public:
         shortcuts_->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
         shortcuts_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
         for (QLabel* label : {count_, shortcuts_}) {
-            label->setFont(systemFont(10));
+            label->setFont(popupPlainFont(10));
             QPalette pal = label->palette();
-            pal.setColor(QPalette::WindowText, secondaryColor(pal));
+            pal.setColor(QPalette::WindowText, popupSecondaryColor(pal));
             label->setPalette(pal);
         }
         footerLayout->addWidget(count_);
@@ -421,13 +398,9 @@ protected:
             controller_.handlePanelPress(event->globalPosition().toPoint());
     }
     void paintEvent(QPaintEvent*) override {
+        paintPopupFrame(*this);
         QPainter painter(this);
         const QPalette& pal = palette();
-        painter.fillRect(rect(), pal.color(QPalette::Window));
-        QColor border = pal.color(QPalette::WindowText);
-        border.setAlphaF(0.22f);
-        painter.setPen(border);
-        painter.drawRect(rect().adjusted(0, 0, -1, -1));
         QColor line = pal.color(QPalette::WindowText);
         line.setAlphaF(0.12f);
         const int searchBottom = kEdgeMargin + static_cast<int>(Model::kSearchHeight);
@@ -472,12 +445,7 @@ QWidget& ClipboardPopupController::panel() { return *panel_; }
 QLineEdit& ClipboardPopupController::searchField() { return panel_->search(); }
 
 std::optional<PopupRect> ClipboardPopupController::visibleFrame() const {
-    QScreen* screen = QGuiApplication::screenAt(pointer_);
-    if (!screen) screen = QGuiApplication::primaryScreen();
-    if (!screen) return std::nullopt;
-    const QRect area = screen->availableGeometry();
-    return PopupRect{static_cast<double>(area.x()), static_cast<double>(area.y()), static_cast<double>(area.width()),
-                     static_cast<double>(area.height())};
+    return popupScreenArea(pointer_);
 }
 
 std::string ClipboardPopupController::appName(const std::optional<std::string>& bundleID) {

@@ -15,13 +15,13 @@
 #include <QPaintEvent>
 #include <QPainter>
 #include <QPainterPath>
-#include <QScreen>
 #include <QTextLayout>
 #include <QTimer>
 #include <QWidget>
 #include <QWindow>
 
 #include "platform/key_output.h"
+#include "ui/popup_look.h"
 
 namespace orvantis::ui {
 namespace {
@@ -38,24 +38,6 @@ QFont optionFont() {
     font.setPixelSize(13);
     return font;
 }
-
-QFont numberFont() {
-    QFont font = QFontDatabase::systemFont(QFontDatabase::FixedFont);
-    font.setPixelSize(10);
-    font.setWeight(QFont::Medium);
-    return font;
-}
-
-QFont plainFont(int pixelSize) {
-    QFont font = QGuiApplication::font();
-    font.setPixelSize(pixelSize);
-    return font;
-}
-
-/// The text colour of secondary information: the label colour, faded.
-QColor secondaryColor(const QPalette& palette) { return palette.color(QPalette::PlaceholderText); }
-
-QString toQString(std::string_view text) { return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())); }
 
 /// Lays `text` out in `font`, wrapped to `width` at word boundaries or, inside a word longer
 /// than a line, anywhere. Answers the height of the lines.
@@ -98,12 +80,7 @@ PopupKey popupKey(const QKeyEvent& event) {
         case Qt::Key_Up: key.keyCode = platform::key_code::kUpArrow; break;
         default: key.keyCode = kNoKeyCode; break;
     }
-    const Qt::KeyboardModifiers modifiers = event.modifiers();
-    // Ctrl stands for the Command key of the design; the Super key for its Control key.
-    if (modifiers & Qt::ControlModifier) key.flags |= platform::key_flags::kCommand;
-    if (modifiers & Qt::MetaModifier) key.flags |= platform::key_flags::kControl;
-    if (modifiers & Qt::AltModifier) key.flags |= platform::key_flags::kOption;
-    if (modifiers & Qt::ShiftModifier) key.flags |= platform::key_flags::kShift;
+    key.flags = popupKeyFlags(event.modifiers());
     // Qt names the key pressed, before Ctrl: Ctrl+1 is Key_1, in every layout with digits there.
     if (event.key() >= Qt::Key_0 && event.key() <= Qt::Key_9)
         key.charactersIgnoringModifiers = std::string(1, static_cast<char>('0' + (event.key() - Qt::Key_0)));
@@ -131,11 +108,11 @@ protected:
         QPainter painter(this);
         painter.setRenderHint(QPainter::Antialiasing);
         const QRectF box = QRectF(rect()).adjusted(1.5, 1.5, -1.5, -1.5);
-        QColor track = secondaryColor(palette());
+        QColor track = popupSecondaryColor(palette());
         track.setAlphaF(0.25f);
         painter.setPen(QPen(track, 2));
         painter.drawEllipse(box);
-        painter.setPen(QPen(secondaryColor(palette()), 2, Qt::SolidLine, Qt::RoundCap));
+        painter.setPen(QPen(popupSecondaryColor(palette()), 2, Qt::SolidLine, Qt::RoundCap));
         painter.drawArc(box, -angle_ * 16, 100 * 16);
     }
 
@@ -154,9 +131,9 @@ QWidget* makeMessageRow(QWidget* parent, const char* objectName, const QString& 
     if (withSpinner) layout->addWidget(new Spinner(row));
     auto* label = new QLabel(text, row);
     label->setObjectName(QStringLiteral("message"));
-    label->setFont(plainFont(13));
+    label->setFont(popupPlainFont(13));
     QPalette palette = label->palette();
-    palette.setColor(QPalette::WindowText, secondaryColor(palette));
+    palette.setColor(QPalette::WindowText, popupSecondaryColor(palette));
     label->setPalette(palette);
     if (withSpinner) {
         layout->addWidget(label, 1);
@@ -200,12 +177,12 @@ protected:
             painter.fillPath(shape, pal.color(QPalette::Highlight));
         }
         const QColor textColor = highlighted_ ? pal.color(QPalette::HighlightedText) : pal.color(QPalette::WindowText);
-        const QColor numberColor = highlighted_ ? pal.color(QPalette::HighlightedText) : secondaryColor(pal);
+        const QColor numberColor = highlighted_ ? pal.color(QPalette::HighlightedText) : popupSecondaryColor(pal);
 
         const double top = Model::kLabelVerticalInset;
         const QFont labelFont = optionFont();
         const double firstLine = QFontMetricsF(labelFont).height();
-        painter.setFont(numberFont());
+        painter.setFont(popupNumberFont());
         painter.setPen(numberColor);
         painter.drawText(QRectF(Model::kRowLeadingInset, top, Model::kNumberWidth, firstLine), Qt::AlignCenter,
                          QString::number(index_ + 1));
@@ -250,9 +227,9 @@ protected:
         QColor line = palette().color(QPalette::WindowText);
         line.setAlphaF(0.12f);
         painter.fillRect(QRect(0, 0, width(), 1), line);
-        const QFont font = plainFont(10);
+        const QFont font = popupPlainFont(10);
         painter.setFont(font);
-        painter.setPen(secondaryColor(palette()));
+        painter.setPen(popupSecondaryColor(palette()));
         const QRect area = rect().adjusted(10, 1, -10, 0);
         painter.drawText(area, Qt::AlignCenter, QFontMetrics(font).elidedText(text_, Qt::ElideRight, area.width()));
     }
@@ -353,13 +330,7 @@ protected:
             controller_.handlePanelPress(event->globalPosition().toPoint());
     }
     void paintEvent(QPaintEvent*) override {
-        QPainter painter(this);
-        const QPalette& pal = palette();
-        painter.fillRect(rect(), pal.color(QPalette::Window));
-        QColor border = pal.color(QPalette::WindowText);
-        border.setAlphaF(0.22f);
-        painter.setPen(border);
-        painter.drawRect(rect().adjusted(0, 0, -1, -1));
+        paintPopupFrame(*this);
     }
 
 private:
@@ -393,12 +364,7 @@ QWidget& TranslationPopupController::panel() { return *panel_; }
 bool TranslationPopupController::isVisible() const { return model_.isVisible(); }
 
 std::optional<PopupRect> TranslationPopupController::visibleFrame() const {
-    QScreen* screen = QGuiApplication::screenAt(pointer_);
-    if (!screen) screen = QGuiApplication::primaryScreen();
-    if (!screen) return std::nullopt;
-    const QRect area = screen->availableGeometry();
-    return PopupRect{static_cast<double>(area.x()), static_cast<double>(area.y()), static_cast<double>(area.width()),
-                     static_cast<double>(area.height())};
+    return popupScreenArea(pointer_);
 }
 
 void TranslationPopupController::show(QPoint pointer) {
