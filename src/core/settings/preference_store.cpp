@@ -3,17 +3,16 @@
 #include <algorithm>
 #include <cerrno>
 #include <charconv>
-#include <cstring>
 #include <ctime>
 
 #include <plist/plist.h>
 
+#include "core/files/file_io.h"
 #include "core/log/app_logger.h"
 
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 namespace orvantis {
 namespace {
@@ -28,67 +27,9 @@ struct PlistDeleter {
 };
 using PlistPtr = std::unique_ptr<void, PlistDeleter>;
 
-/// Closes a descriptor when it goes out of scope.
-class FileDescriptor {
-public:
-    explicit FileDescriptor(int fd) : fd_(fd) {}
-    ~FileDescriptor() {
-        if (fd_ >= 0) ::close(fd_);
-    }
-    FileDescriptor(const FileDescriptor&) = delete;
-    FileDescriptor& operator=(const FileDescriptor&) = delete;
-    int get() const { return fd_; }
-    bool valid() const { return fd_ >= 0; }
-
-private:
-    int fd_;
-};
-
-std::string errnoText(int error) { return std::strerror(error); }
-
-struct FileRead {
-    enum class Status { Absent, Read, Failed } status = Status::Absent;
-    std::string bytes;
-    struct stat info {};
-    int error = 0;
-};
-
-FileRead readWholeFile(const std::filesystem::path& path) {
-    FileRead result;
-    FileDescriptor fd(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
-    if (!fd.valid()) {
-        result.error = errno;
-        result.status = errno == ENOENT ? FileRead::Status::Absent : FileRead::Status::Failed;
-        return result;
-    }
-    if (::fstat(fd.get(), &result.info) != 0 || !S_ISREG(result.info.st_mode) ||
-        static_cast<std::size_t>(result.info.st_size) > kMaxFileSize) {
-        result.error = errno != 0 ? errno : EFBIG;
-        result.status = FileRead::Status::Failed;
-        return result;
-    }
-    result.bytes.resize(static_cast<std::size_t>(result.info.st_size));
-    std::size_t done = 0;
-    while (done < result.bytes.size()) {
-        const ssize_t n = ::read(fd.get(), result.bytes.data() + done, result.bytes.size() - done);
-        if (n < 0 && errno == EINTR) continue;
-        if (n <= 0) break;
-        done += static_cast<std::size_t>(n);
-    }
-    result.bytes.resize(done);
-    result.status = FileRead::Status::Read;
-    return result;
-}
-
-bool writeAll(int fd, std::string_view bytes) {
-    while (!bytes.empty()) {
-        const ssize_t n = ::write(fd, bytes.data(), bytes.size());
-        if (n < 0 && errno == EINTR) continue;
-        if (n <= 0) return false;
-        bytes.remove_prefix(static_cast<std::size_t>(n));
-    }
-    return true;
-}
+using files::errnoText;
+using files::FileDescriptor;
+using files::FileRead;
 
 std::optional<PreferenceValue> valueFromNode(plist_t node) {
     switch (plist_get_node_type(node)) {
@@ -275,7 +216,7 @@ std::filesystem::path PreferenceStore::setAside(const std::filesystem::path& bad
 }
 
 void PreferenceStore::loadInitial() {
-    FileRead read = readWholeFile(file_);
+    FileRead read = files::readWholeFile(file_, kMaxFileSize);
     if (read.status == FileRead::Status::Absent) return;
     if (read.status == FileRead::Status::Failed) {
         logError("settings: cannot read " + file_.string() + " (" + errnoText(read.error) +
@@ -504,7 +445,7 @@ void PreferenceStore::writePending() {
     // Start from what is on disk now, so that keys written by other processes stay.
     std::map<std::string, PreferenceValue> disk;
     bool diskReadable = true;
-    FileRead read = readWholeFile(file_);
+    FileRead read = files::readWholeFile(file_, kMaxFileSize);
     PlistPtr root;
     if (read.status == FileRead::Status::Read) {
         plist_t raw = nullptr;
@@ -552,18 +493,9 @@ void PreferenceStore::writePending() {
         return parsed.has_value();
     }();
 
-    const std::string temporary = file_.string() + ".tmp-" + std::to_string(::getpid());
-    bool written = false;
-    {
-        FileDescriptor out(::open(temporary.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600));
-        written = out.valid() && !bytes.empty() && writeAll(out.get(), bytes) && ::fsync(out.get()) == 0;
-    }
-    if (written && ::rename(temporary.c_str(), file_.c_str()) == 0) {
-        FileDescriptor dir(::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-        if (dir.valid()) ::fsync(dir.get());
-    } else {
-        const int error = errno;
-        ::unlink(temporary.c_str());
+    // Nothing to write means the encoder failed: the file stays as it is.
+    const int error = bytes.empty() ? EIO : files::replaceFile(file_, bytes);
+    if (error != 0) {
         logError("settings: cannot write " + file_.string() + ": " + errnoText(error));
         restorePending();
         return;
@@ -605,7 +537,7 @@ void PreferenceStore::checkForExternalChanges() {
     std::map<std::string, PreferenceValue> disk;
     std::optional<FileSignature> seen;
     if (now) {
-        FileRead read = readWholeFile(file_);
+        FileRead read = files::readWholeFile(file_, kMaxFileSize);
         if (read.status == FileRead::Status::Read) {
             seen = signatureOf(read.info);
             auto parsed = parsePropertyList(read.bytes);
