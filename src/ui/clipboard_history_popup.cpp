@@ -436,7 +436,7 @@ ClipboardPopupController::ClipboardPopupController(platform::MainLoop& loop, std
 }
 
 ClipboardPopupController::~ClipboardPopupController() {
-    if (filteringKeys_) qApp->removeEventFilter(this);
+    keyFilter_.remove();
     keyboard_.release();
     outside_.stop();
 }
@@ -477,10 +477,7 @@ void ClipboardPopupController::show(QPoint pointer, std::vector<ClipboardItem> i
     // The field is the focus widget of a window that is never activated: the keys that the
     // grab brings to the window go to it all the same.
     panel_->search().setFocus(Qt::OtherFocusReason);
-    if (!filteringKeys_) {
-        qApp->installEventFilter(this);
-        filteringKeys_ = true;
-    }
+    keyFilter_.install();
     if (QWindow* window = panel_->windowHandle()) keyboard_.hold(*window);
     scrollLater_ = loop_.postAfter(platform::Duration::zero(), [this] { panel_->scrollToRow(0); });
     // A turn later than that, so that the event that opened the popup does not close it.
@@ -496,10 +493,7 @@ void ClipboardPopupController::refresh(std::vector<ClipboardItem> items) {
 void ClipboardPopupController::dismiss() {
     if (!model_.isVisible()) return;
     keyboard_.release();
-    if (filteringKeys_) {
-        qApp->removeEventFilter(this);
-        filteringKeys_ = false;
-    }
+    keyFilter_.remove();
     outside_.stop();
     scrollLater_.cancel();
     model_.dismiss();

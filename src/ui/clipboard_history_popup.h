@@ -102,7 +102,7 @@ private:
     std::unique_ptr<ClipboardPopupPanel> panel_;
     HeldKeyboard keyboard_;
     OutsideWatch outside_;  ///< from two turns after show() until dismiss()
-    bool filteringKeys_ = false;
+    ApplicationEventFilter keyFilter_{*this};  ///< while shown
     bool settingField_ = false;  ///< the field is being set from the model, not typed in
     platform::TimerHandle scrollLater_;
 };

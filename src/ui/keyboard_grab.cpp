@@ -212,4 +212,17 @@ void OutsideWatch::press(bool inside) {
     pendingClose_ = loop_.postAfter(platform::Duration::zero(), close_);
 }
 
+void ApplicationEventFilter::install() {
+    QCoreApplication* application = QCoreApplication::instance();
+    if (installed_ || application == nullptr) return;
+    application->installEventFilter(&filter_);
+    installed_ = true;
+}
+
+void ApplicationEventFilter::remove() {
+    if (!installed_) return;
+    installed_ = false;
+    if (QCoreApplication* application = QCoreApplication::instance()) application->removeEventFilter(&filter_);
+}
+
 }  // namespace orvantis::ui

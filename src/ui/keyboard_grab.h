@@ -8,6 +8,7 @@
 #include "platform/main_loop.h"
 #include "platform/subscription.h"
 
+class QObject;
 class QWindow;
 
 namespace orvantis::ui {
@@ -111,6 +112,26 @@ private:
     bool watching_ = false;
     platform::TimerHandle start_;
     platform::TimerHandle pendingClose_;
+};
+
+/// A popup's controller as the application-wide event filter while the popup is shown: the
+/// keys that the grab brings to the popup's window pass it first. Removed at the latest when
+/// this goes. Main thread only.
+class ApplicationEventFilter {
+public:
+    explicit ApplicationEventFilter(QObject& filter) : filter_(filter) {}
+    ~ApplicationEventFilter() { remove(); }
+    ApplicationEventFilter(const ApplicationEventFilter&) = delete;
+    ApplicationEventFilter& operator=(const ApplicationEventFilter&) = delete;
+
+    /// Installs the filter, unless it is installed already.
+    void install();
+    void remove();
+    bool installed() const { return installed_; }
+
+private:
+    QObject& filter_;
+    bool installed_ = false;
 };
 
 }  // namespace orvantis::ui

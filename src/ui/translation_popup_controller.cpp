@@ -354,7 +354,7 @@ TranslationPopupController::TranslationPopupController(platform::MainLoop& loop,
       }, std::move(watchActivation)) {}
 
 TranslationPopupController::~TranslationPopupController() {
-    if (filteringKeys_) qApp->removeEventFilter(this);
+    keyFilter_.remove();
     keyboard_.release();
     outside_.stop();
 }
@@ -378,10 +378,7 @@ void TranslationPopupController::show(QPoint pointer) {
         panel_->raise();
     else
         panel_->show();
-    if (!filteringKeys_) {
-        qApp->installEventFilter(this);
-        filteringKeys_ = true;
-    }
+    keyFilter_.install();
     if (QWindow* window = panel_->windowHandle()) keyboard_.hold(*window);
     // One turn later, so that an activation under way while showing does not close the popup.
     outside_.startAfter(1);
@@ -406,10 +403,7 @@ void TranslationPopupController::showError(const std::string& message) {
 void TranslationPopupController::dismiss() {
     if (!model_.isVisible()) return;
     keyboard_.release();
-    if (filteringKeys_) {
-        qApp->removeEventFilter(this);
-        filteringKeys_ = false;
-    }
+    keyFilter_.remove();
     outside_.stop();
     errorDismissal_.cancel();
     model_.dismiss();

@@ -105,7 +105,7 @@ private:
     std::unique_ptr<TranslationPopupPanel> panel_;
     HeldKeyboard keyboard_;
     OutsideWatch outside_;  ///< from one turn after show() until dismiss()
-    bool filteringKeys_ = false;
+    ApplicationEventFilter keyFilter_{*this};  ///< while shown
     platform::TimerHandle errorDismissal_;
 };
 
