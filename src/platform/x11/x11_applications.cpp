@@ -3,6 +3,8 @@
 #include <string>
 #include <utility>
 
+#include "platform/x11/x11_display.h"
+
 #include <X11/Xatom.h>
 #include <X11/Xlib.h>
 #include <X11/Xutil.h>
@@ -12,7 +14,7 @@ namespace orvantis::x11 {
 struct X11Applications::Connection {
     Display* display = nullptr;
     ~Connection() {
-        if (display != nullptr) XCloseDisplay(display);
+        closeDisplay(display);
     }
 
     /// The bytes of a window property of 8-bit or 32-bit items, or nullopt.
@@ -81,6 +83,7 @@ int ignoreErrors(Display*, XErrorEvent*) { return 0; }
 std::unique_ptr<X11Applications> X11Applications::open(const char* displayName) {
     Display* display = XOpenDisplay(displayName);
     if (display == nullptr) return nullptr;
+    keepQuietWhenLost(display);
     auto connection = std::make_unique<Connection>();
     connection->display = display;
     return std::unique_ptr<X11Applications>(new X11Applications(std::move(connection)));

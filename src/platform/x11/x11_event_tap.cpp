@@ -7,6 +7,7 @@
 #include "core/log/app_logger.h"
 #include "platform/key_output.h"
 #include "platform/x11/key_positions.h"
+#include "platform/x11/x11_display.h"
 
 #include <X11/XKBlib.h>
 #include <X11/Xlib-xcb.h>
@@ -63,7 +64,7 @@ struct X11EventTap::Connection {
         if (state != nullptr) xkb_state_unref(state);
         if (keymap != nullptr) xkb_keymap_unref(keymap);
         if (context != nullptr) xkb_context_unref(context);
-        if (display != nullptr) XCloseDisplay(display);
+        closeDisplay(display);
     }
 
     /// The server's keymap and state, fetched anew (at start and after a keymap change).
@@ -143,6 +144,7 @@ std::unique_ptr<X11EventTap> X11EventTap::open(const char* displayName, const Ap
     connection->display = XkbOpenDisplay(displayName, &connection->xkbEventBase, &xkbError, &major, &minor, &reason);
     if (connection->display == nullptr) return nullptr;
     Display* display = connection->display;
+    keepQuietWhenLost(display);
     (void)xkbOpcode;
     int event = 0, error = 0;
     if (!XQueryExtension(display, "XInputExtension", &connection->xiOpcode, &event, &error)) return nullptr;
@@ -165,6 +167,8 @@ X11EventTap::X11EventTap(std::unique_ptr<Connection> connection, const AppLog* l
 X11EventTap::~X11EventTap() { stop(); }
 
 int X11EventTap::fileDescriptor() const { return ConnectionNumber(connection_->display); }
+
+bool X11EventTap::connectionLost() const { return x11::connectionLost(connection_->display); }
 
 bool X11EventTap::start(Handler handler) {
     if (!running_ && !isPermitted()) return false;

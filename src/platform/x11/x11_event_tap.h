@@ -52,6 +52,9 @@ public:
     int fileDescriptor() const;
     /// Reads and handles every event that has arrived. Never blocks.
     void dispatchPending();
+    /// True once the X server has gone away: the descriptor then stays readable with nothing
+    /// to read, so the owner stops watching it.
+    bool connectionLost() const;
 
     /// The grabs that took effect, for tests and diagnostics.
     const std::vector<platform::GrabbedKey>& activeGrabs() const { return activeGrabs_; }

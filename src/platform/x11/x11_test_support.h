@@ -3,9 +3,16 @@
 // Test-only helpers for tests that run against a live X display.
 
 #include <chrono>
+#include <csignal>
 #include <functional>
+#include <optional>
 #include <string>
 #include <thread>
+
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include "core/text/utf.h"
 
@@ -58,6 +65,72 @@ private:
     Display* display_;
     Window window_;
     std::string typed_;
+};
+
+/// An X server of the test's own (Xvfb on a free display number), to be killed under the code
+/// being tested. `name()` is empty when Xvfb is not installed or did not start.
+class PrivateXServer {
+public:
+    PrivateXServer() {
+        int pipeEnds[2];
+        if (::pipe(pipeEnds) != 0) return;
+        char program[] = "Xvfb";
+        char displayFd[] = "-displayfd";
+        char noTcp[] = "-nolisten";
+        char tcp[] = "tcp";
+        char noReset[] = "-noreset";
+        std::string fdText = std::to_string(pipeEnds[1]);
+        char* argv[] = {program, displayFd, fdText.data(), noTcp, tcp, noReset, nullptr};
+        posix_spawn_file_actions_t actions;
+        posix_spawn_file_actions_init(&actions);
+        posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
+        posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
+        const bool started = ::posix_spawnp(&pid_, program, &actions, nullptr, argv, environ) == 0;
+        posix_spawn_file_actions_destroy(&actions);
+        ::close(pipeEnds[1]);
+        if (!started) {
+            pid_ = -1;
+            ::close(pipeEnds[0]);
+            return;
+        }
+        // Xvfb writes the display number once it accepts connections.
+        std::string number;
+        char c = 0;
+        while (::read(pipeEnds[0], &c, 1) == 1 && c != '\n') number += c;
+        ::close(pipeEnds[0]);
+        if (!number.empty()) name_ = ":" + number;
+    }
+    ~PrivateXServer() { kill(); }
+    PrivateXServer(const PrivateXServer&) = delete;
+    PrivateXServer& operator=(const PrivateXServer&) = delete;
+
+    const std::string& name() const { return name_; }
+
+    /// Ends the server and waits until it has gone.
+    void kill() {
+        if (pid_ <= 0) return;
+        ::kill(pid_, SIGTERM);
+        int status = 0;
+        ::waitpid(pid_, &status, 0);
+        pid_ = -1;
+    }
+
+private:
+    pid_t pid_ = -1;
+    std::string name_;
+};
+
+/// Ignores SIGPIPE for one scope, as the program does, so that writes to a server that went
+/// away fail instead of ending the test.
+class BrokenPipesIgnored {
+public:
+    BrokenPipesIgnored() : previous_(std::signal(SIGPIPE, SIG_IGN)) {}
+    ~BrokenPipesIgnored() { std::signal(SIGPIPE, previous_); }
+    BrokenPipesIgnored(const BrokenPipesIgnored&) = delete;
+    BrokenPipesIgnored& operator=(const BrokenPipesIgnored&) = delete;
+
+private:
+    void (*previous_)(int);
 };
 
 }  // namespace orvantis::x11::testing

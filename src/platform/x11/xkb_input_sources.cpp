@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "platform/x11/x11_display.h"
 #include "platform/x11/xkb_key_layout.h"
 #include "platform/x11/xkb_registry.h"
 
@@ -29,7 +30,7 @@ std::vector<std::string> splitCommas(std::string_view text) {
 struct XkbInputSources::Connection {
     Display* display = nullptr;
     ~Connection() {
-        if (display != nullptr) XCloseDisplay(display);
+        closeDisplay(display);
     }
 };
 
@@ -76,6 +77,7 @@ std::unique_ptr<XkbInputSources> XkbInputSources::open(const char* displayName) 
     int major = XkbMajorVersion, minor = XkbMinorVersion, reason = 0;
     Display* display = XkbOpenDisplay(displayName, nullptr, nullptr, &major, &minor, &reason);
     if (display == nullptr) return nullptr;
+    keepQuietWhenLost(display);
     auto connection = std::make_unique<Connection>();
     connection->display = display;
     return std::unique_ptr<XkbInputSources>(new XkbInputSources(std::move(connection)));

@@ -7,6 +7,7 @@
 
 #include "core/text/utf.h"
 #include "platform/x11/key_positions.h"
+#include "platform/x11/x11_display.h"
 
 #include <X11/XKBlib.h>
 #include <X11/Xlib.h>
@@ -33,7 +34,7 @@ constexpr std::chrono::milliseconds kHeldKeysPoll{3};
 struct XTestKeyOutput::Connection {
     Display* display = nullptr;
     ~Connection() {
-        if (display != nullptr) XCloseDisplay(display);
+        closeDisplay(display);
     }
 
     void key(unsigned int keycode, bool down) const { XTestFakeKeyEvent(display, keycode, down ? True : False, 0); }
@@ -125,6 +126,7 @@ std::unique_ptr<XTestKeyOutput> XTestKeyOutput::open(const char* displayName) {
     int major = XkbMajorVersion, minor = XkbMinorVersion, reason = 0;
     Display* display = XkbOpenDisplay(displayName, nullptr, nullptr, &major, &minor, &reason);
     if (display == nullptr) return nullptr;
+    keepQuietWhenLost(display);
     auto connection = std::make_unique<Connection>();
     connection->display = display;
     int event = 0, error = 0;
