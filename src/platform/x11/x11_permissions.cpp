@@ -8,6 +8,7 @@
 #include "platform/freedesktop/accessibility_bus.h"
 #include "platform/x11/input_extension.h"
 
+#include <signal.h>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -43,18 +44,29 @@ std::optional<std::filesystem::path> findProgram(std::string_view name) {
 }
 
 /// Starts `program` detached: a child that starts it and leaves at once, so that no zombie
-/// is left to this process.
+/// is left to this process. The program starts with every signal at its default, whatever
+/// this process ignores (a broken pipe, for one).
 void launchDetached(const std::filesystem::path& program, const char* argument) {
+    std::string programText = program.string();
+    char* argv[] = {programText.data(), const_cast<char*>(argument), nullptr};
+    posix_spawnattr_t attributes;
+    if (::posix_spawnattr_init(&attributes) != 0) return;
+    sigset_t all;
+    sigset_t none;
+    ::sigfillset(&all);
+    ::sigemptyset(&none);
+    ::posix_spawnattr_setsigdefault(&attributes, &all);
+    ::posix_spawnattr_setsigmask(&attributes, &none);
+    ::posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK);
     const pid_t child = ::fork();
-    if (child < 0) return;
     if (child == 0) {
         ::setsid();
-        std::string programText = program.string();
-        char* argv[] = {programText.data(), const_cast<char*>(argument), nullptr};
         pid_t grandchild = 0;
-        ::posix_spawn(&grandchild, programText.c_str(), nullptr, nullptr, argv, environ);
+        ::posix_spawn(&grandchild, programText.c_str(), nullptr, &attributes, argv, environ);
         ::_exit(0);
     }
+    ::posix_spawnattr_destroy(&attributes);
+    if (child < 0) return;
     int status = 0;
     ::waitpid(child, &status, 0);
 }

@@ -2,7 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <csignal>
 #include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <thread>
 
 #include "testing/test_support.h"
 
@@ -20,6 +26,34 @@ TEST(X11PermissionsTest, WithoutBusOrDisplayBothAreMissingAndRequestsDoNotGrantT
     EXPECT_FALSE(permissions.hasInputMonitoring());
     EXPECT_FALSE(permissions.requestInputMonitoring());
     permissions.openInputMonitoringSettings();  // nothing to open, nothing happens
+}
+
+TEST(X11PermissionsTest, TheAccessibilitySettingsStartWithTheirArgumentAndNoSignalIgnored) {
+    orvantis::testing::TemporaryDirectory dir;
+    const auto settings = dir.path() / "gnome-control-center";
+    const auto report = dir.path() / "report";
+    {
+        std::ofstream script(settings);
+        script << "#!/bin/sh\n"
+               << "{ echo \"$1\"; grep '^SigIgn:' /proc/self/status; } > \"$REPORT.part\" && mv \"$REPORT.part\" \"$REPORT\"\n";
+    }
+    std::filesystem::permissions(settings, std::filesystem::perms::owner_all);
+    const std::string path = dir.path().string() + ":/usr/bin:/bin";
+    ScopedEnv searchPath("PATH", path.c_str());
+    ScopedEnv reportPath("REPORT", report.c_str());
+    // The program ignores broken pipes; what it starts must not inherit that.
+    const auto previous = std::signal(SIGPIPE, SIG_IGN);
+    X11Permissions(std::string(":9999")).openAccessibilitySettings();
+    std::signal(SIGPIPE, previous);
+
+    for (int i = 0; i < 500 && !std::filesystem::exists(report); ++i)
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    ASSERT_TRUE(std::filesystem::exists(report)) << "the settings program did not start";
+    const std::string lines = orvantis::testing::readFile(report);
+    const std::string prefix = "universal-access\nSigIgn:\t";
+    ASSERT_EQ(lines.substr(0, prefix.size()), prefix) << lines;
+    const unsigned long long ignored = std::stoull(lines.substr(prefix.size()), nullptr, 16);
+    EXPECT_EQ(ignored & (1ULL << (SIGPIPE - 1)), 0U) << lines;
 }
 
 // Needs the virtual desktop's session (display, session bus, accessibility bus); runs in the
