@@ -1,5 +1,6 @@
 #include "app/tray_app.h"
 
+#include <csignal>
 #include <cstdlib>
 #include <exception>
 #include <iostream>
@@ -43,6 +44,7 @@
 #include "platform/text_element.h"
 #include "platform/x11/input_extension.h"
 #include "platform/x11/x11_applications.h"
+#include "platform/x11/x11_display.h"
 #include "platform/x11/x11_event_tap.h"
 #include "platform/x11/x11_permissions.h"
 #include "platform/x11/xkb_input_sources.h"
@@ -56,7 +58,6 @@
 
 #include <signal.h>
 #include <string.h>
-#include <X11/Xlib.h>
 #include <xcb/xcb.h>
 
 namespace orvantis::app {
@@ -66,22 +67,14 @@ constexpr const char* kLoggerQueueLabel = "MOLVEX.Orvantis.AppLogger";
 constexpr const char* kPreferencesQueueLabel = "MOLVEX.Orvantis.Preferences";
 
 /// The delegate whose end sequence still has to run should a library end the process with
-/// exit(): Qt does when its connection to the X display breaks, Xlib on an I/O error. Set while
-/// the event loop runs.
+/// exit(), as Qt does when its own connection to the X display breaks. Set while the event loop
+/// runs.
 AppDelegate* delegateToEnd = nullptr;
 
-/// Xlib's handler for a broken connection, which prints a line and lets Xlib end the process;
-/// ours notes the break first.
-XIOErrorHandler xlibIOErrorHandler = nullptr;
-bool xlibConnectionBroke = false;
-
-int noteBrokenDisplay(Display* display) {
-    xlibConnectionBroke = true;
-    return xlibIOErrorHandler != nullptr ? xlibIOErrorHandler(display) : 0;
-}
+constexpr std::string_view kDisplayLostLine = "display: the connection to the X display broke; Orvantis ends";
 
 bool displayConnectionBroken() {
-    if (xlibConnectionBroke) return true;
+    if (x11::anyConnectionLost()) return true;
     const auto* x11 = qGuiApp ? qGuiApp->nativeInterface<QNativeInterface::QX11Application>() : nullptr;
     return x11 != nullptr && x11->connection() != nullptr && xcb_connection_has_error(x11->connection()) != 0;
 }
@@ -89,9 +82,8 @@ bool displayConnectionBroken() {
 void endSequenceOnExit() {
     AppDelegate* delegate = std::exchange(delegateToEnd, nullptr);
     if (delegate == nullptr) return;
-    delegate->applicationEndsWithoutQuit(displayConnectionBroken()
-                                             ? "display: the connection to the X display broke; Orvantis ends"
-                                             : "a library ended the process; Orvantis ends");
+    delegate->applicationEndsWithoutQuit(displayConnectionBroken() ? kDisplayLostLine
+                                                                   : "a library ended the process; Orvantis ends");
 }
 
 std::string_view orUnknown(std::string_view value) { return value.empty() ? std::string_view("?") : value; }
@@ -177,7 +169,10 @@ void AppDelegate::createLayoutSwitching() {
     accessibility_ = std::make_unique<freedesktop::AtspiAccessibility>(&logger_.log().app);
     eventTapWatch_ = std::make_unique<QSocketNotifier>(eventTap_->fileDescriptor(), QSocketNotifier::Read);
     QObject::connect(eventTapWatch_.get(), &QSocketNotifier::activated, eventTapWatch_.get(),
-                     [this] { eventTap_->dispatchPending(); });
+                     [this] {
+                         eventTap_->dispatchPending();
+                         if (eventTap_->connectionLost()) eventTapWatch_->setEnabled(false);
+                     });
 
     layoutTranslator_ = std::make_unique<LayoutTranslator>(*inputSources_);
     transliterationMap_ = std::make_unique<TransliterationMap>(*layoutTranslator_);
@@ -304,6 +299,22 @@ void AppDelegate::applicationWillTerminate() {
 }
 
 int runTrayApp(int& argc, char** argv) {
+    // Without a display the toolkit would abort with a core dump; say what is missing instead.
+    const char* display = std::getenv("DISPLAY");
+    if (display == nullptr || *display == '\0') {
+        std::cerr << "Orvantis: no X display (DISPLAY is not set); it runs in an X11 desktop session" << std::endl;
+        return 1;
+    }
+    // Held until the toolkit has its own connection: a server left without clients may reset.
+    x11::DisplayPointer displayHeld = x11::openDisplay(display);
+    if (!displayHeld) {
+        std::cerr << "Orvantis: cannot open the X display \"" << display << "\"" << std::endl;
+        return 1;
+    }
+    // A write to a connection whose other end went away (the X server, a bus peer) fails with
+    // EPIPE, which each library handles, instead of ending the process on the spot.
+    std::signal(SIGPIPE, SIG_IGN);
+
     // Before anything shows: a second copy only says so and leaves.
     std::unique_ptr<freedesktop::SingleInstanceGuard> instance = freedesktop::SingleInstanceGuard::acquire();
     if (!instance) {
@@ -315,6 +326,7 @@ int runTrayApp(int& argc, char** argv) {
     QApplication::setApplicationName(QStringLiteral("Orvantis"));
     QApplication::setApplicationVersion(QString::fromLatin1(build::kVersion));
     QApplication::setQuitOnLastWindowClosed(false);
+    displayHeld.reset();
 
     ui::QtMainLoop loop;
     platform::SystemClock clock;
@@ -348,11 +360,17 @@ int runTrayApp(int& argc, char** argv) {
         *instance, [&delegate] { return delegate.clipboardMonitor(); }, logger.log().clipboard);
     // Registered once: runTrayApp runs once per process.
     static const bool exitHookRegistered = std::atexit(endSequenceOnExit) == 0;
-    xlibIOErrorHandler = XSetIOErrorHandler(noteBrokenDisplay);
+    // A display connection of ours that breaks ends the program through the event loop, so
+    // the end sequence runs as on a quit. (The toolkit ends the process itself when its own
+    // connection breaks; the exit hook covers that.)
+    x11::setConnectionLossHandler(
+        [] { QMetaObject::invokeMethod(qApp, [] { QCoreApplication::exit(1); }, Qt::QueuedConnection); });
     if (exitHookRegistered) delegateToEnd = &delegate;
     const int status = QApplication::exec();
     delegateToEnd = nullptr;
-    delegate.applicationWillTerminate();
+    x11::setConnectionLossHandler({});
+    if (displayConnectionBroken()) delegate.applicationEndsWithoutQuit(kDisplayLostLine);
+    else delegate.applicationWillTerminate();
     return status;
 }
 
