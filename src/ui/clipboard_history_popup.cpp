@@ -256,12 +256,9 @@ private:
 class ClipboardPopupPanel final : public QWidget {
 public:
     explicit ClipboardPopupPanel(ClipboardPopupController& controller)
-        : QWidget(nullptr, Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint |
-                               Qt::WindowDoesNotAcceptFocus | Qt::X11BypassWindowManagerHint),
-          controller_(controller) {
+        : QWidget(nullptr, kPopupWindowFlags), controller_(controller) {
         setObjectName(QStringLiteral("clipboardPopup"));
-        setAttribute(Qt::WA_ShowWithoutActivating);
-        setAttribute(Qt::WA_X11NetWmWindowTypePopupMenu);
+        setPopupWindowAttributes(*this);
         setFixedWidth(static_cast<int>(Model::kPopupWidth));
 
         auto* layout = new QVBoxLayout(this);

@@ -47,6 +47,11 @@ std::optional<PopupRect> popupScreenArea(QPoint point) {
                      static_cast<double>(area.height())};
 }
 
+void setPopupWindowAttributes(QWidget& panel) {
+    panel.setAttribute(Qt::WA_ShowWithoutActivating);
+    panel.setAttribute(Qt::WA_X11NetWmWindowTypePopupMenu);
+}
+
 void paintPopupFrame(QWidget& panel) {
     QPainter painter(&panel);
     const QPalette& pal = panel.palette();

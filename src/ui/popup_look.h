@@ -36,6 +36,14 @@ std::uint64_t popupKeyFlags(Qt::KeyboardModifiers modifiers);
 /// when there is no screen at all.
 std::optional<PopupRect> popupScreenArea(QPoint point);
 
+/// The window flags of a popup panel: frameless, above the others, never focused, and kept
+/// out of the window manager's hands so that it is neither decorated nor moved.
+inline constexpr Qt::WindowFlags kPopupWindowFlags = Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint |
+                                                     Qt::WindowDoesNotAcceptFocus |
+                                                     Qt::X11BypassWindowManagerHint;
+/// Shows `panel` without activating it, typed as a popup menu for the window system.
+void setPopupWindowAttributes(QWidget& panel);
+
 /// The panel's background in the window colour and its thin border.
 void paintPopupFrame(QWidget& panel);
 

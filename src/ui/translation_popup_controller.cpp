@@ -243,12 +243,9 @@ private:
 class TranslationPopupPanel final : public QWidget {
 public:
     explicit TranslationPopupPanel(TranslationPopupController& controller)
-        : QWidget(nullptr, Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint |
-                               Qt::WindowDoesNotAcceptFocus | Qt::X11BypassWindowManagerHint),
-          controller_(controller) {
+        : QWidget(nullptr, kPopupWindowFlags), controller_(controller) {
         setObjectName(QStringLiteral("translationPopup"));
-        setAttribute(Qt::WA_ShowWithoutActivating);
-        setAttribute(Qt::WA_X11NetWmWindowTypePopupMenu);
+        setPopupWindowAttributes(*this);
         setFocusPolicy(Qt::NoFocus);
         setAutoFillBackground(false);
         loading_ = makeMessageRow(this, "translationPopupLoading", QStringLiteral("Translating…"), true);
