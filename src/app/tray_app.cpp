@@ -12,48 +12,26 @@
 #include <QSystemTrayIcon>
 
 #include "app/clipboard_bus_export.h"
-#include "app/selection_key_output.h"
 #include "app/termination_signal_watcher.h"
+#include "app/x11_desktop.h"
 #include "build_info.h"
-#include "core/log/app_logger.h"
-#include "core/events/global_event_monitor.h"
-#include "core/layout/layout_switcher.h"
-#include "core/layout/layout_translator.h"
-#include "core/layout/text_switch_coordinator.h"
-#include "core/layout/transliteration_map.h"
-#include "core/clipboard/clipboard_history_coordinator.h"
 #include "core/clipboard/clipboard_monitor.h"
+#include "core/events/global_event_monitor.h"
+#include "core/log/app_logger.h"
 #include "core/permissions/permission_polling.h"
-#include "core/translation/translation_service.h"
-#include "core/translator/translation_coordinator.h"
-#include "platform/curl/curl_http_client.h"
 #include "core/permissions/permissions_manager.h"
 #include "core/settings/app_settings.h"
 #include "core/settings/preference_store.h"
 #include "platform/clock.h"
-#include "platform/freedesktop/accessibility_bus.h"
-#include "platform/freedesktop/atspi_accessibility.h"
 #include "platform/freedesktop/clipboard_bus.h"
-#include "platform/freedesktop/desktop_entries.h"
 #include "platform/freedesktop/journal_sink.h"
-#include "platform/freedesktop/os_release.h"
 #include "platform/freedesktop/single_instance_guard.h"
 #include "platform/freedesktop/terminate_handler.h"
 #include "platform/freedesktop/xdg_paths.h"
+#include "platform/permissions.h"
 #include "platform/serial_queue.h"
-#include "platform/text_element.h"
-#include "platform/x11/input_extension.h"
-#include "platform/x11/x11_applications.h"
 #include "platform/x11/x11_display.h"
-#include "platform/x11/x11_event_tap.h"
-#include "platform/x11/x11_permissions.h"
-#include "platform/x11/xkb_input_sources.h"
-#include "platform/x11/xtest_key_output.h"
-#include "ui/clipboard_history_popup.h"
 #include "ui/menu_bar_controller.h"
-#include "ui/qt_pasteboard.h"
-#include "ui/qt_translation_popup.h"
-#include "ui/translation_popup_controller.h"
 #include "ui/qt_main_loop.h"
 
 #include <signal.h>
@@ -118,20 +96,44 @@ std::string launchBanner(std::string_view version, std::string_view build, std::
     return line;
 }
 
-AppDelegate::AppDelegate(AppLogger& logger, platform::MainLoop& loop, platform::SerialQueue& preferencesWriter,
+AppDelegate::AppDelegate(AppLogger& logger, platform::MainLoop& loop, const platform::Clock& clock,
+                         platform::SerialQueue& preferencesWriter, AppPaths paths, const DesktopServices& desktop,
                          std::function<void()> quit)
-    : logger_(logger), loop_(loop), preferencesWriter_(preferencesWriter), quit_(std::move(quit)) {}
+    : logger_(logger), loop_(loop), clock_(clock), preferencesWriter_(preferencesWriter), paths_(std::move(paths)),
+      desktop_(desktop), quit_(std::move(quit)) {}
 
 AppDelegate::~AppDelegate() = default;
+
+AppServices AppDelegate::services() {
+    return AppServices{logger_, loop_, clock_, *settings_, notifications_, desktop_, paths_.dataDirectory};
+}
+
+ClipboardMonitor* AppDelegate::clipboardMonitor() const {
+    return clipboard_ ? &clipboard_->clipboardMonitor() : nullptr;
+}
 
 void AppDelegate::applicationDidFinishLaunching() {
     // 1. The banner: the first use of the logger.
     logLaunchBanner();
-
     // 2. Settings.
     createSettings();
-
     // 3. The tray icon and its menu.
+    createMenuBar();
+    AppServices app = services();
+    // 4. The layout switcher, which creates the keyboard monitor.
+    layoutSwitching_ = LayoutSwitchingAssembly::create(app);
+    GlobalEventMonitor* monitor = layoutSwitching_ ? &layoutSwitching_->monitor() : nullptr;
+    // 5. The translator, on the same monitor.
+    if (monitor) translator_ = TranslatorAssembly::create(app, *monitor);
+    // 6. The clipboard history with its popup.
+    clipboard_ = ClipboardAssembly::create(app, monitor);
+    // 7. The clipboard is watched.
+    if (clipboard_) clipboard_->startWatching();
+    // 19 to 21: the keyboard monitor starts, or the banner asks for permission.
+    startKeyboardWatching();
+}
+
+void AppDelegate::createMenuBar() {
     menuBarController_ = std::make_unique<ui::MenuBarController>(
         notifications_, [this] { return settings_->settingsLanguage(); }, [this] { quit_(); },
         [this] {
@@ -143,55 +145,21 @@ void AppDelegate::applicationDidFinishLaunching() {
     if (!QSystemTrayIcon::isSystemTrayAvailable()) {
         logger_.log().app.info("menuBar: no system tray yet; the icon docks when one appears");
     }
-
-    // 4 and 5: the layout switcher with the keyboard monitor, and the translator.
-    createLayoutSwitching();
-    // 7: the clipboard history starts watching the clipboard.
-    createClipboardHistory();
-    // 19 to 21: the keyboard monitor starts, or the banner asks for permission.
-    startKeyboardWatching();
 }
 
-void AppDelegate::createLayoutSwitching() {
-    eventTap_ = x11::X11EventTap::open(nullptr, &logger_.log());
-    keyOutput_ = x11::XTestKeyOutput::open();
-    inputSources_ = x11::XkbInputSources::open();
-    if (!eventTap_ || !keyOutput_ || !inputSources_) {
-        logger_.log().app.warning("keyboard: no X display with XKB, XInput 2 and XTest; the hotkeys are off");
-        return;
-    }
-    permissions_ = std::make_unique<x11::X11Permissions>();
-    // Watching the keyboard counts as granted with the accessibility bus on, the text path's
-    // need; until then the tray shows the banner and retries.
-    eventTap_->setPermissionCheck([this] { return permissions_->hasAccessibility(); });
-    // The focused text field of other applications; without an accessibility bus the layout
-    // switcher retypes from what it saw typed.
-    accessibility_ = std::make_unique<freedesktop::AtspiAccessibility>(&logger_.log().app);
-    eventTapWatch_ = std::make_unique<QSocketNotifier>(eventTap_->fileDescriptor(), QSocketNotifier::Read);
-    QObject::connect(eventTapWatch_.get(), &QSocketNotifier::activated, eventTapWatch_.get(),
-                     [this] {
-                         eventTap_->dispatchPending();
-                         if (eventTap_->connectionLost()) eventTapWatch_->setEnabled(false);
-                     });
-
-    layoutTranslator_ = std::make_unique<LayoutTranslator>(*inputSources_);
-    transliterationMap_ = std::make_unique<TransliterationMap>(*layoutTranslator_);
-    layoutSwitcher_ = std::make_unique<LayoutSwitcher>(*inputSources_);
-    monitor_ = std::make_unique<GlobalEventMonitor>(*settings_, *eventTap_, loop_, logger_.log());
-    textSwitchCoordinator_ = std::make_unique<TextSwitchCoordinator>(
-        *settings_, *monitor_, *layoutSwitcher_, *transliterationMap_, *accessibility_, *keyOutput_, loop_,
-        notifications_, logger_.log().app);
-
-    // 5. The translator, on the same monitor.
-    createTranslator();
-
-    permissionsManager_ = std::make_unique<PermissionsManager>(*permissions_);
+bool AppDelegate::showOnboardingIfNeeded() {
+    if (settings_->hasCompletedOnboarding()) return false;
+    // A first run: the onboarding window leads the user to the permissions, so launch asks for
+    // none of its own. Until that window exists, the first run counts as one where it shows.
+    logger_.log().app.info("launch: first run; the permissions are not asked for at launch");
+    return true;
 }
 
 void AppDelegate::startKeyboardWatching() {
-    if (!monitor_ || !permissionsManager_) return;
+    if (!layoutSwitching_) return;
+    permissionsManager_ = std::make_unique<PermissionsManager>(*desktop_.permissions);
     permissionPolling_ = std::make_unique<PermissionPolling>(
-        *monitor_, *permissionsManager_, loop_,
+        layoutSwitching_->monitor(), *permissionsManager_, loop_,
         PermissionPolling::Banner{[this] {
                                       logger_.log().app.warning(
                                           "keyboard: the keyboard cannot be watched; retrying every 2 s");
@@ -201,70 +169,13 @@ void AppDelegate::startKeyboardWatching() {
                                       logger_.log().app.info("keyboard: watching the keyboard");
                                       menuBarController_->clearAccessibilityNeeded();
                                   }});
-    permissionPolling_->launch();
-    // Events that arrived while the tap was being set up.
-    eventTap_->dispatchPending();
-}
-
-void AppDelegate::createDesktopServices() {
-    if (!applications_) applications_ = x11::X11Applications::open();
-    if (!pasteboard_) pasteboard_ = std::make_unique<ui::QtPasteboard>();
-    if (!accessibility_) accessibility_ = std::make_unique<freedesktop::AtspiAccessibility>(&logger_.log().app);
-}
-
-void AppDelegate::createClipboardHistory() {
-    createDesktopServices();
-    if (!applications_) {
-        logger_.log().clipboard.warning("clipboard: no X display; the clipboard history is off");
-        return;
-    }
-    clipboardMonitor_ = std::make_unique<ClipboardMonitor>(
-        *settings_, *pasteboard_, *applications_, *accessibility_, loop_, clock_, uuids_,
-        freedesktop::XdgPaths::dataDirectory() / "clipboard.json", &logger_.log().clipboard);
-    // 6: the popup's coordinator, before the clipboard is watched.
-    createClipboardPopup();
-    clipboardMonitor_->start();
-}
-
-void AppDelegate::createClipboardPopup() {
-    // The popup opens on a hotkey: nothing to do without the keyboard monitor.
-    if (!monitor_ || !clipboardMonitor_) return;
-    platform::KeyOutput* keys = selectionKeys_ ? selectionKeys_.get() : keyOutput_.get();
-    if (!keys) return;
-    if (!pointer_) pointer_ = std::make_unique<ui::QtPointer>();
-    clipboardPopupController_ = std::make_unique<ui::ClipboardPopupController>(
-        loop_, ui::KeyboardGrab::forPlatform(), [this](const std::string& bundleID) -> std::optional<std::string> {
-            if (!desktopEntries_) desktopEntries_ = std::make_unique<freedesktop::DesktopEntries>();
-            const freedesktop::DesktopEntry* entry = desktopEntries_->byID(bundleID);
-            if (!entry) entry = desktopEntries_->forWindowClass(bundleID, bundleID);
-            if (!entry || entry->name.empty()) return std::nullopt;
-            return entry->name;
-        });
-    clipboardPopup_ = std::make_unique<ui::QtClipboardHistoryPopup>(*clipboardPopupController_);
-    clipboardHistoryCoordinator_ = std::make_unique<ClipboardHistoryCoordinator>(
-        *settings_, *monitor_, *clipboardPopup_, *clipboardMonitor_, *pasteboard_, *keys, *pointer_);
-}
-
-void AppDelegate::createTranslator() {
-    createDesktopServices();
-    if (!applications_) return;
-    selectionKeys_ = std::make_unique<SelectionKeyOutput>(*keyOutput_, *pasteboard_);
-    pointer_ = std::make_unique<ui::QtPointer>();
-    httpClient_ = std::make_unique<curl::CurlHttpClient>(loop_);
-    translationService_ = std::make_unique<TranslationService>(*httpClient_, loop_, logger_.log().translate,
-                                                               [this] { return settings_->translationEndpoint(); });
-    translationPopupController_ =
-        std::make_unique<ui::TranslationPopupController>(loop_, ui::KeyboardGrab::forPlatform());
-    translationPopup_ = std::make_unique<ui::QtTranslationPopup>(*translationPopupController_);
-    translationCoordinator_ = std::make_unique<TranslationCoordinator>(
-        *settings_, *monitor_, *translationPopup_, *translationService_, *applications_, *accessibility_,
-        *pasteboard_, *selectionKeys_, *pointer_, loop_);
+    // 19, 20 and 21: the tap, onboarding, then the wait for permission if the tap was refused.
+    permissionPolling_->launch([this] { return showOnboardingIfNeeded(); });
 }
 
 void AppDelegate::createSettings() {
     // The first use of the settings: the file is read, defaults registered, migrations run.
-    store_ = std::make_unique<PreferenceStore>(freedesktop::XdgPaths::preferencesFile(), preferencesWriter_,
-                                               &logger_.log());
+    store_ = std::make_unique<PreferenceStore>(paths_.preferencesFile, preferencesWriter_, &logger_.log());
     settings_ = std::make_unique<AppSettings>(*store_);
     // Another process (the command line, a sync) may write the file while we run.
     store_->startWatching(loop_);
@@ -273,11 +184,11 @@ void AppDelegate::createSettings() {
 void AppDelegate::logLaunchBanner() {
     // The desktop's counterparts of the two permissions: the accessibility bus for reading
     // and writing other applications' text, the X Input extension for watching keys.
-    const bool accessibility = freedesktop::accessibilityBusEnabled();
-    const bool inputMonitoring = x11::hasInputExtension();
-    logger_.log().app.info(launchBanner(build::kVersion, build::kBuild,
-                                        freedesktop::OsRelease::readSystem().systemVersion(), accessibility,
-                                        inputMonitoring));
+    const platform::Permissions* permissions = desktop_.permissions;
+    const bool accessibility = permissions != nullptr && permissions->hasAccessibility();
+    const bool inputMonitoring = permissions != nullptr && permissions->hasInputMonitoring();
+    logger_.log().app.info(
+        launchBanner(build::kVersion, build::kBuild, desktop_.systemVersion, accessibility, inputMonitoring));
 }
 
 void AppDelegate::applicationEndsWithoutQuit(std::string_view reason) {
@@ -287,13 +198,12 @@ void AppDelegate::applicationEndsWithoutQuit(std::string_view reason) {
 
 void AppDelegate::applicationWillTerminate() {
     logger_.log().app.info("terminating");
-    // The permission poll ends before the monitor stops.
-    if (permissionPolling_) permissionPolling_->stop();
+    // The permission polling ends before anything else stops.
+    if (permissionPolling_) permissionPolling_->cancelPolling();
     // The clipboard stops being watched; a history change still waiting to be saved is saved.
-    if (clipboardMonitor_) {
-        clipboardMonitor_->stop();
-        clipboardMonitor_->flushPersistence();
-    }
+    if (clipboard_) clipboard_->stopForTermination();
+    // The keyboard monitor last.
+    if (layoutSwitching_) layoutSwitching_->monitor().stop();
     if (store_) store_->flush();
     logger_.flush();
 }
@@ -353,7 +263,11 @@ int runTrayApp(int& argc, char** argv) {
     }
 
     platform::ThreadSerialQueue preferencesWriter(kPreferencesQueueLabel);
-    AppDelegate delegate(logger, loop, preferencesWriter, [] { QCoreApplication::quit(); });
+    // The desktop outlives the delegate: the features borrow its services to the end.
+    X11Desktop desktop(logger, loop);
+    AppDelegate delegate(logger, loop, clock, preferencesWriter,
+                         AppPaths{freedesktop::XdgPaths::preferencesFile(), freedesktop::XdgPaths::dataDirectory()},
+                         desktop.services(), [] { QCoreApplication::quit(); });
     delegate.applicationDidFinishLaunching();
     // `orvantis clipboard` reaches the live history through the guard's connection.
     const auto clipboardBus = exportClipboardOnBus(

@@ -1,69 +1,54 @@
 #pragma once
 
+#include <filesystem>
 #include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
 
-#include "core/clipboard/uuid.h"
+#include "app/app_services.h"
+#include "app/clipboard_assembly.h"
+#include "app/desktop_services.h"
+#include "app/layout_switching_assembly.h"
+#include "app/translator_assembly.h"
 #include "core/events/notification_center.h"
 #include "platform/clock.h"
 
 namespace orvantis {
 class AppLogger;
 class AppSettings;
-class ClipboardHistoryCoordinator;
-class ClipboardHistoryPopup;
 class ClipboardMonitor;
-class GlobalEventMonitor;
-class LayoutSwitcher;
-class LayoutTranslator;
 class PermissionPolling;
 class PermissionsManager;
 class PreferenceStore;
-class TextSwitchCoordinator;
-class TranslationCoordinator;
-class TranslationPopup;
-class TranslationService;
-class TransliterationMap;
 }  // namespace orvantis
-namespace orvantis::x11 {
-class X11EventTap;
-class X11Permissions;
-class XkbInputSources;
-class XTestKeyOutput;
-}  // namespace orvantis::x11
-namespace orvantis::freedesktop {
-class DesktopEntries;
-}
-class QSocketNotifier;
 namespace orvantis::platform {
-class Accessibility;
-class Applications;
-class HttpClient;
-class KeyOutput;
 class MainLoop;
-class Pointer;
 class SerialQueue;
 }  // namespace orvantis::platform
 namespace orvantis::ui {
-class ClipboardPopupController;
 class MenuBarController;
-class QtPasteboard;
-class TranslationPopupController;
 }
 
 namespace orvantis::app {
 
+/// Where the program keeps its files.
+struct AppPaths {
+    std::filesystem::path preferencesFile;
+    std::filesystem::path dataDirectory;  ///< the clipboard snapshot and the other data files
+};
+
 /// The application delegate: brings the parts of Orvantis to life in the launch order and
-/// takes them down in the end order. Holds the only reference to the tray icon's controller.
-/// Created by runTrayApp() once Qt and the logger exist; main thread only.
+/// takes them down in the end order. Each feature is built by its own assembly; this class only
+/// keeps their order. Holds the only reference to the tray icon's controller. Created by
+/// runTrayApp() once Qt, the logger and the desktop exist; main thread only.
 class AppDelegate {
 public:
-    /// `logger`, `loop` and `preferencesWriter` (the queue that writes the preference file)
-    /// outlive the delegate. `quit` leaves the event loop; runTrayApp() then runs
-    /// applicationWillTerminate().
-    AppDelegate(AppLogger& logger, platform::MainLoop& loop, platform::SerialQueue& preferencesWriter,
+    /// Everything given outlives the delegate; `desktop`'s services too. `preferencesWriter` is
+    /// the queue that writes the preference file. `quit` leaves the event loop; runTrayApp()
+    /// then runs applicationWillTerminate().
+    AppDelegate(AppLogger& logger, platform::MainLoop& loop, const platform::Clock& clock,
+                platform::SerialQueue& preferencesWriter, AppPaths paths, const DesktopServices& desktop,
                 std::function<void()> quit);
     ~AppDelegate();
     AppDelegate(const AppDelegate&) = delete;
@@ -71,8 +56,9 @@ public:
 
     /// The launch sequence. Never fails: a part that cannot start logs why and launch goes on.
     void applicationDidFinishLaunching();
-    /// The end sequence: logs "terminating", stops the parts that hold outside state, and
-    /// waits until the log is on disk.
+    /// The end sequence: logs "terminating", ends the permission polling, stops watching the
+    /// clipboard (writing a change still waiting to be saved), stops the keyboard monitor, and
+    /// waits until the settings and the log are on disk.
     void applicationWillTerminate();
     /// The end sequence when a library ends the process with exit() instead of a quit (Qt
     /// does when the X display goes away): `reason` as a warning, then the end sequence, so
@@ -83,61 +69,32 @@ public:
     ui::MenuBarController* menuBarController() const { return menuBarController_.get(); }
     /// The typed settings, from launch step 2 on; null before.
     AppSettings* settings() const { return settings_.get(); }
-    /// The clipboard watcher and its history, from launch on; null without an X display.
-    ClipboardMonitor* clipboardMonitor() const { return clipboardMonitor_.get(); }
+    /// The clipboard watcher and its history, from launch on; null without a pasteboard.
+    ClipboardMonitor* clipboardMonitor() const;
     NotificationCenter& notifications() { return notifications_; }
 
 private:
     void logLaunchBanner();
     void createSettings();
-    void createLayoutSwitching();
-    void createTranslator();
-    void createDesktopServices();
-    void createClipboardHistory();
-    void createClipboardPopup();
+    void createMenuBar();
+    bool showOnboardingIfNeeded();
     void startKeyboardWatching();
+    AppServices services();
 
     AppLogger& logger_;
     platform::MainLoop& loop_;
+    const platform::Clock& clock_;
     platform::SerialQueue& preferencesWriter_;
+    AppPaths paths_;
+    const DesktopServices& desktop_;
     std::function<void()> quit_;
     NotificationCenter notifications_;
     std::unique_ptr<PreferenceStore> store_;
     std::unique_ptr<AppSettings> settings_;
     std::unique_ptr<ui::MenuBarController> menuBarController_;
-
-    // The desktop, through the X11 backends; absent without an X display.
-    std::unique_ptr<x11::X11EventTap> eventTap_;
-    std::unique_ptr<x11::XTestKeyOutput> keyOutput_;
-    std::unique_ptr<x11::XkbInputSources> inputSources_;
-    std::unique_ptr<x11::X11Permissions> permissions_;
-    std::unique_ptr<platform::Accessibility> accessibility_;
-    std::unique_ptr<QSocketNotifier> eventTapWatch_;
-    // The layout switcher and the keyboard monitor it creates.
-    std::unique_ptr<LayoutTranslator> layoutTranslator_;
-    std::unique_ptr<TransliterationMap> transliterationMap_;
-    std::unique_ptr<LayoutSwitcher> layoutSwitcher_;
-    std::unique_ptr<GlobalEventMonitor> monitor_;
-    std::unique_ptr<TextSwitchCoordinator> textSwitchCoordinator_;
-    // The translator.
-    std::unique_ptr<platform::Applications> applications_;
-    std::unique_ptr<ui::QtPasteboard> pasteboard_;
-    std::unique_ptr<platform::KeyOutput> selectionKeys_;
-    std::unique_ptr<platform::Pointer> pointer_;
-    std::unique_ptr<platform::HttpClient> httpClient_;
-    std::unique_ptr<TranslationService> translationService_;
-    std::unique_ptr<ui::TranslationPopupController> translationPopupController_;
-    std::unique_ptr<TranslationPopup> translationPopup_;
-    std::unique_ptr<TranslationCoordinator> translationCoordinator_;
-    // The clipboard history.
-    platform::SystemClock clock_;
-    UuidGenerator uuids_;
-    std::unique_ptr<ClipboardMonitor> clipboardMonitor_;
-    // The clipboard popup and its coordinator; absent without the keyboard monitor.
-    std::unique_ptr<freedesktop::DesktopEntries> desktopEntries_;  ///< read at the first name looked up
-    std::unique_ptr<ui::ClipboardPopupController> clipboardPopupController_;
-    std::unique_ptr<ClipboardHistoryPopup> clipboardPopup_;
-    std::unique_ptr<ClipboardHistoryCoordinator> clipboardHistoryCoordinator_;
+    std::unique_ptr<LayoutSwitchingAssembly> layoutSwitching_;
+    std::unique_ptr<TranslatorAssembly> translator_;
+    std::unique_ptr<ClipboardAssembly> clipboard_;
     std::unique_ptr<PermissionsManager> permissionsManager_;
     std::unique_ptr<PermissionPolling> permissionPolling_;
 };

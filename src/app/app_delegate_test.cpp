@@ -1,0 +1,345 @@
+// The launch and end sequences, run on the simulated desktop. Every service the delegate hands
+// to the features records what is done with it in one list, so the order of the steps shows as
+// the order of their effects: the keyboard monitor made (its hotkeys pushed to the tap), the
+// popups made, the clipboard's poll started, the tap installed, the permission request and
+// polling scheduled; and at the end the polling, the clipboard's poll and the tap taken down.
+
+#include "app/tray_app.h"
+
+#include <algorithm>
+#include <chrono>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <QApplication>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "core/clipboard/clipboard_history_popup.h"
+#include "core/clipboard/clipboard_monitor.h"
+#include "core/log/app_logger.h"
+#include "core/settings/app_settings.h"
+#include "core/settings/preference_store.h"
+#include "core/translator/translation_popup.h"
+#include "platform/applications.h"
+#include "platform/pointer.h"
+#include "platform/serial_queue.h"
+#include "platform/sim/desktop.h"
+#include "platform/sim/http_client.h"
+#include "platform/sim/permissions.h"
+#include "testing/test_support.h"
+#include "ui/menu_bar_controller.h"
+
+namespace orvantis::app {
+namespace {
+
+using namespace std::chrono_literals;
+using ::testing::ElementsAre;
+using Record = std::vector<std::string>;
+
+/// One QApplication for the tray icon's controller, on Qt's offscreen platform.
+class QtApplicationEnvironment final : public ::testing::Environment {
+public:
+    void SetUp() override {
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+        qputenv("QT_LOGGING_RULES", "qt.core.qobject.connect=false");
+        application_ = std::make_unique<QApplication>(argc_, argv_);
+        QApplication::setQuitOnLastWindowClosed(false);
+    }
+    void TearDown() override { application_.reset(); }
+
+private:
+    int argc_ = 1;
+    char name_[10] = "app_tests";
+    char* argv_[2] = {name_, nullptr};
+    std::unique_ptr<QApplication> application_;
+};
+[[maybe_unused]] const auto* const kQtEnvironment = ::testing::AddGlobalTestEnvironment(new QtApplicationEnvironment);
+
+std::string milliseconds(platform::Duration d) {
+    return std::to_string(std::chrono::duration_cast<std::chrono::milliseconds>(d).count()) + "ms";
+}
+
+/// The virtual main loop, recording each timer made ("every 500ms", "after 1000ms") and each
+/// timer cancelled before it was done ("cancel every 500ms").
+class RecordingLoop final : public platform::MainLoop {
+public:
+    RecordingLoop(sim::VirtualMainLoop& loop, Record& record) : loop_(loop), record_(record) {}
+
+    void post(platform::Task task) override { loop_.post(std::move(task)); }
+    platform::TimerHandle postAfter(platform::Duration delay, platform::Task task) override {
+        return recorded("after " + milliseconds(delay), [&](platform::Task wrapped) {
+            return loop_.postAfter(delay, std::move(wrapped));
+        }, std::move(task), true);
+    }
+    platform::TimerHandle every(platform::Duration interval, platform::Task task) override {
+        return recorded("every " + milliseconds(interval), [&](platform::Task wrapped) {
+            return loop_.every(interval, std::move(wrapped));
+        }, std::move(task), false);
+    }
+    std::unique_ptr<platform::SerialQueue> makeSerialQueue(std::string label) override {
+        return loop_.makeSerialQueue(std::move(label));
+    }
+
+private:
+    template <typename Make>
+    platform::TimerHandle recorded(std::string label, Make make, platform::Task task, bool oneShot) {
+        record_.push_back(label);
+        auto state = std::make_shared<platform::TimerState>();
+        std::weak_ptr<platform::TimerState> weak = state;
+        auto inner = std::make_shared<platform::TimerHandle>(make([weak, task = std::move(task), oneShot] {
+            if (auto s = weak.lock(); s && oneShot) s->finished = true;
+            task();
+        }));
+        state->onCancel = [this, label, inner] {
+            record_.push_back("cancel " + label);
+            inner->cancel();
+        };
+        return platform::TimerHandle(state);
+    }
+
+    sim::VirtualMainLoop& loop_;
+    Record& record_;
+};
+
+/// The simulated tap, recording the hotkeys pushed to it and its installation and removal.
+class RecordingTap final : public platform::EventTap {
+public:
+    RecordingTap(sim::EventTap& tap, Record& record) : tap_(tap), record_(record) {}
+
+    bool start(Handler handler) override {
+        const bool started = tap_.start(std::move(handler));
+        record_.push_back(started ? "tap start" : "tap start refused");
+        return started;
+    }
+    void stop() override {
+        record_.push_back("tap stop");
+        tap_.stop();
+    }
+    bool isRunning() const override { return tap_.isRunning(); }
+    void reenable() override { tap_.reenable(); }
+    bool isPermitted() const override { return tap_.isPermitted(); }
+    void setGrabbedHotkeys(std::vector<platform::GrabbedKey> keys) override {
+        record_.push_back("tap hotkeys");
+        tap_.setGrabbedHotkeys(std::move(keys));
+    }
+    void setWholeKeyboardGrabbed(bool grabbed) override { tap_.setWholeKeyboardGrabbed(grabbed); }
+
+private:
+    sim::EventTap& tap_;
+    Record& record_;
+};
+
+/// The simulated permissions, recording each request.
+class RecordingPermissions final : public platform::Permissions {
+public:
+    RecordingPermissions(sim::Permissions& permissions, Record& record) : permissions_(permissions), record_(record) {}
+
+    bool hasAccessibility() const override { return permissions_.hasAccessibility(); }
+    bool requestAccessibility() override {
+        record_.push_back("ask accessibility");
+        return permissions_.requestAccessibility();
+    }
+    void openAccessibilitySettings() override { permissions_.openAccessibilitySettings(); }
+    bool hasInputMonitoring() const override { return permissions_.hasInputMonitoring(); }
+    bool requestInputMonitoring() override {
+        record_.push_back("ask input monitoring");
+        return permissions_.requestInputMonitoring();
+    }
+    void openInputMonitoringSettings() override { permissions_.openInputMonitoringSettings(); }
+
+private:
+    sim::Permissions& permissions_;
+    Record& record_;
+};
+
+class NoTranslationPopup final : public TranslationPopup {
+public:
+    void setOnConfirm(std::function<void(const std::string&)>) override {}
+    void setOnDismiss(std::function<void()>) override {}
+    void setOnTabPressed(std::function<void()>) override {}
+    void show(platform::ScreenPoint) override {}
+    void showOptions(std::vector<PopupOption>) override {}
+    void setFooterHint(std::optional<std::string>) override {}
+    void showError(const std::string&) override {}
+    void dismiss() override {}
+    bool isVisible() const override { return false; }
+};
+
+class NoClipboardPopup final : public ClipboardHistoryPopup {
+public:
+    void setOnConfirm(ItemCallback) override {}
+    void setOnDelete(ItemCallback) override {}
+    void setOnTogglePin(ItemCallback) override {}
+    void setOnDismiss(std::function<void()>) override {}
+    void show(platform::ScreenPoint, std::vector<ClipboardItem>, ClipboardPopupTexts) override {}
+    void refresh(std::vector<ClipboardItem>) override {}
+    void dismiss() override {}
+    bool isVisible() const override { return false; }
+};
+
+class NoFrontmostApplication final : public platform::Applications {
+public:
+    std::optional<platform::ApplicationInfo> frontmostApplication() const override { return std::nullopt; }
+};
+
+class FixedPointer final : public platform::Pointer {
+public:
+    platform::ScreenPoint location() const override { return {100, 100}; }
+};
+
+class AppDelegateTest : public ::testing::Test {
+protected:
+    AppDelegateTest() {
+        services_.eventTap = &tap_;
+        services_.keyOutput = &desktop_.keyOutput();
+        services_.selectionKeys = &desktop_.keyOutput();
+        services_.inputSources = &desktop_.inputSources();
+        services_.permissions = &permissions_;
+        services_.accessibility = &desktop_.accessibility();
+        services_.applications = &applications_;
+        services_.pasteboard = &desktop_.pasteboard();
+        services_.pointer = &pointer_;
+        services_.httpClient = &http_;
+        services_.makeTranslationPopup = [this] {
+            record_.push_back("translation popup");
+            return std::make_unique<NoTranslationPopup>();
+        };
+        services_.makeClipboardPopup = [this] {
+            record_.push_back("clipboard popup");
+            return std::make_unique<NoClipboardPopup>();
+        };
+        services_.systemVersion = "Simulated Linux 1";
+        simPermissions_.set(sim::Permissions::Kind::inputMonitoring, true);
+    }
+
+    /// A later run: onboarding was completed in an earlier one.
+    void completeOnboarding() {
+        platform::ThreadSerialQueue writer("test.preferences");
+        PreferenceStore store(preferencesFile(), writer, nullptr);
+        AppSettings(store).setHasCompletedOnboarding(true);
+        store.flush();
+    }
+    /// The desktop refuses the tap (no permission to watch the keyboard).
+    void refuseTap() { desktop_.eventTap().setPermitted(false); }
+
+    AppDelegate& launch() {
+        delegate_ = std::make_unique<AppDelegate>(logger_, loop_, desktop_.loop(), preferencesWriter_,
+                                                  AppPaths{preferencesFile(), home_.path() / "data"}, services_,
+                                                  [] {});
+        delegate_->applicationDidFinishLaunching();
+        return *delegate_;
+    }
+    /// The record from here on.
+    Record takeRecord() { return std::exchange(record_, {}); }
+
+    std::filesystem::path preferencesFile() const { return home_.path() / "preferences.plist"; }
+
+    testing::TemporaryDirectory home_;
+    sim::Desktop desktop_;
+    Record record_;
+    RecordingLoop loop_{desktop_.loop(), record_};
+    RecordingTap tap_{desktop_.eventTap(), record_};
+    sim::Permissions simPermissions_;
+    RecordingPermissions permissions_{simPermissions_, record_};
+    NoFrontmostApplication applications_;
+    FixedPointer pointer_;
+    sim::HttpClient http_{desktop_.loop()};
+    platform::ThreadSerialQueue logQueue_{"test.log"};
+    platform::ThreadSerialQueue preferencesWriter_{"test.preferences.writer"};
+    AppLogger logger_{home_.path() / "logs", logQueue_, desktop_.loop()};
+    DesktopServices services_;
+    std::unique_ptr<AppDelegate> delegate_;
+};
+
+TEST_F(AppDelegateTest, LaunchBuildsEachFeatureInOrderThenInstallsTheTap) {
+    completeOnboarding();
+    launch();
+    EXPECT_THAT(takeRecord(), ElementsAre("every 500ms",        // 2: the settings file is watched
+                                          "tap hotkeys",        // 4: the keyboard monitor, with its hotkeys
+                                          "translation popup",  // 5: the translator
+                                          "clipboard popup",    // 6: the clipboard history's popup
+                                          "every 500ms",        // 7: the clipboard is watched
+                                          "tap start"));        // 19: the tap, after every closure is wired
+    ASSERT_NE(delegate_->menuBarController(), nullptr);
+    EXPECT_EQ(delegate_->menuBarController()->statusIcon(), ui::MenuBarController::StatusIcon::keyboard);
+}
+
+TEST_F(AppDelegateTest, PermissionAlreadyGrantedCreatesNoPollingTimer) {
+    completeOnboarding();
+    launch();
+    takeRecord();
+    desktop_.loop().runFor(10s);
+    const Record later = takeRecord();
+    EXPECT_EQ(std::count(later.begin(), later.end(), "every 2000ms"), 0);
+    EXPECT_EQ(std::count(later.begin(), later.end(), "ask accessibility"), 0);
+}
+
+TEST_F(AppDelegateTest, LaterRunWithoutPermissionAsksOneSecondAfterLaunchAndPolls) {
+    completeOnboarding();
+    refuseTap();
+    launch();
+    EXPECT_THAT(takeRecord(), ElementsAre("every 500ms", "tap hotkeys", "translation popup", "clipboard popup",
+                                          "every 500ms", "tap start refused",
+                                          "after 1000ms",    // 21: the request for the permissions
+                                          "every 2000ms"));  // 21: the tap retried
+    EXPECT_EQ(delegate_->menuBarController()->statusIcon(), ui::MenuBarController::StatusIcon::permissionsRequired);
+
+    desktop_.loop().runFor(999ms);
+    EXPECT_THAT(takeRecord(), ElementsAre());
+    desktop_.loop().runFor(1ms);
+    EXPECT_THAT(takeRecord(), ElementsAre("ask accessibility"));
+}
+
+TEST_F(AppDelegateTest, FirstRunWithoutPermissionShowsTheBannerAndPollsButAsksNothing) {
+    refuseTap();
+    launch();
+    EXPECT_THAT(takeRecord(), ElementsAre("every 500ms", "tap hotkeys", "translation popup", "clipboard popup",
+                                          "every 500ms", "tap start refused", "every 2000ms"));
+    EXPECT_EQ(delegate_->menuBarController()->statusIcon(), ui::MenuBarController::StatusIcon::permissionsRequired);
+    desktop_.loop().runFor(1500ms);
+    EXPECT_EQ(simPermissions_.requestCount(sim::Permissions::Kind::accessibility), 0u);
+
+    // Granted in the desktop's settings: the next retry installs the tap and the banner goes,
+    // without a restart.
+    desktop_.eventTap().setPermitted(true);
+    takeRecord();
+    desktop_.loop().runFor(500ms);
+    EXPECT_THAT(takeRecord(), ElementsAre("tap start", "cancel every 2000ms"));
+    EXPECT_EQ(delegate_->menuBarController()->statusIcon(), ui::MenuBarController::StatusIcon::keyboard);
+}
+
+TEST_F(AppDelegateTest, EndSequenceStopsTheClipboardBeforeTheKeyboardMonitor) {
+    completeOnboarding();
+    launch();
+    takeRecord();
+    delegate_->applicationWillTerminate();
+    EXPECT_THAT(takeRecord(), ElementsAre("cancel every 500ms",  // the clipboard's poll
+                                          "tap stop"));          // the keyboard monitor, last
+}
+
+TEST_F(AppDelegateTest, EndSequenceWithAPollPendingEndsThePollingFirst) {
+    completeOnboarding();
+    refuseTap();
+    launch();
+    takeRecord();
+    delegate_->applicationWillTerminate();
+    EXPECT_THAT(takeRecord(), ElementsAre("cancel every 2000ms",  // the permission poll
+                                          "cancel after 1000ms",  // the request not yet made
+                                          "cancel every 500ms"));  // the clipboard's poll
+}
+
+TEST_F(AppDelegateTest, EndSequenceWritesAHistoryChangeStillWaitingToBeSaved) {
+    completeOnboarding();
+    launch();
+    desktop_.pasteboard().writeTextFromOtherApp("copied just before quitting");
+    desktop_.loop().runFor(500ms);
+    ASSERT_EQ(delegate_->clipboardMonitor()->history().count(), 1u);
+    delegate_->applicationWillTerminate();
+    const std::string snapshot = testing::readFile(home_.path() / "data" / "clipboard.json");
+    EXPECT_NE(snapshot.find("copied just before quitting"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace orvantis::app

@@ -1,0 +1,58 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+
+namespace orvantis {
+class ClipboardHistoryPopup;
+class TranslationPopup;
+}  // namespace orvantis
+namespace orvantis::platform {
+class Accessibility;
+class Applications;
+class EventTap;
+class HttpClient;
+class InputSources;
+class KeyOutput;
+class Pasteboard;
+class Permissions;
+class Pointer;
+}  // namespace orvantis::platform
+
+namespace orvantis::app {
+
+/// What the features need of the desktop, behind the platform seams: the program fills it with
+/// the X11 backends (x11_desktop.h), tests with the simulated desktop. The members are borrowed
+/// from whoever made them, who keeps them alive longer than every feature built on them. A null
+/// member is a service this desktop lacks: the features that need it stay off, and say so in
+/// the log.
+struct DesktopServices {
+    /// The keyboard: watched and hotkeys swallowed by the tap, keys sent by the output.
+    platform::EventTap* eventTap = nullptr;
+    platform::KeyOutput* keyOutput = nullptr;
+    /// The keys for copying a selection and pasting over it, which on X11 go through the
+    /// selections so that terminals take part; the plain key output where the desktop has none.
+    platform::KeyOutput* selectionKeys = nullptr;
+    platform::InputSources* inputSources = nullptr;
+    platform::Permissions* permissions = nullptr;
+    /// The focused text element of other applications.
+    platform::Accessibility* accessibility = nullptr;
+    platform::Applications* applications = nullptr;
+    platform::Pasteboard* pasteboard = nullptr;
+    platform::Pointer* pointer = nullptr;
+    platform::HttpClient* httpClient = nullptr;
+    /// The translator's and the clipboard history's popups, made once by their features.
+    std::function<std::unique_ptr<TranslationPopup>()> makeTranslationPopup;
+    std::function<std::unique_ptr<ClipboardHistoryPopup>()> makeClipboardPopup;
+    /// The operating system and its version, for the launch banner.
+    std::string systemVersion;
+
+    /// True when every service that watching and sending keys needs is there.
+    bool hasKeyboard() const {
+        return eventTap != nullptr && keyOutput != nullptr && inputSources != nullptr && accessibility != nullptr &&
+               permissions != nullptr;
+    }
+};
+
+}  // namespace orvantis::app

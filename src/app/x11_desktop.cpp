@@ -1,0 +1,102 @@
+#include "app/x11_desktop.h"
+
+#include <optional>
+#include <string>
+
+#include <QObject>
+#include <QSocketNotifier>
+
+#include "app/selection_key_output.h"
+#include "core/log/app_logger.h"
+#include "platform/curl/curl_http_client.h"
+#include "platform/freedesktop/atspi_accessibility.h"
+#include "platform/freedesktop/desktop_entries.h"
+#include "platform/freedesktop/os_release.h"
+#include "platform/x11/x11_applications.h"
+#include "platform/x11/x11_event_tap.h"
+#include "platform/x11/x11_permissions.h"
+#include "platform/x11/xkb_input_sources.h"
+#include "platform/x11/xtest_key_output.h"
+#include "ui/clipboard_history_popup.h"
+#include "ui/keyboard_grab.h"
+#include "ui/qt_pasteboard.h"
+#include "ui/qt_translation_popup.h"
+#include "ui/translation_popup_controller.h"
+
+namespace orvantis::app {
+
+X11Desktop::X11Desktop(AppLogger& logger, platform::MainLoop& loop) : loop_(loop) {
+    services_.systemVersion = freedesktop::OsRelease::readSystem().systemVersion();
+    permissions_ = std::make_unique<x11::X11Permissions>();
+    services_.permissions = permissions_.get();
+    // The focused text field of other applications; without an accessibility bus the layout
+    // switcher retypes from what it saw typed.
+    accessibility_ = std::make_unique<freedesktop::AtspiAccessibility>(&logger.log().app);
+    services_.accessibility = accessibility_.get();
+    openKeyboard(logger);
+
+    applications_ = x11::X11Applications::open();
+    if (!applications_) return;  // no display: nothing below would work either
+    services_.applications = applications_.get();
+    pasteboard_ = std::make_unique<ui::QtPasteboard>();
+    services_.pasteboard = pasteboard_.get();
+    pointer_ = std::make_unique<ui::QtPointer>();
+    services_.pointer = pointer_.get();
+    httpClient_ = std::make_unique<curl::CurlHttpClient>(loop_);
+    services_.httpClient = httpClient_.get();
+    if (keyOutput_) {
+        selectionKeys_ = std::make_unique<SelectionKeyOutput>(*keyOutput_, *pasteboard_);
+        services_.selectionKeys = selectionKeys_.get();
+    }
+
+    services_.makeTranslationPopup = [this]() -> std::unique_ptr<TranslationPopup> {
+        translationPopupController_ =
+            std::make_unique<ui::TranslationPopupController>(loop_, ui::KeyboardGrab::forPlatform());
+        return std::make_unique<ui::QtTranslationPopup>(*translationPopupController_);
+    };
+    services_.makeClipboardPopup = [this]() -> std::unique_ptr<ClipboardHistoryPopup> {
+        clipboardPopupController_ = std::make_unique<ui::ClipboardPopupController>(
+            loop_, ui::KeyboardGrab::forPlatform(),
+            [this](const std::string& bundleID) -> std::optional<std::string> {
+                if (!desktopEntries_) desktopEntries_ = std::make_unique<freedesktop::DesktopEntries>();
+                const freedesktop::DesktopEntry* entry = desktopEntries_->byID(bundleID);
+                if (!entry) entry = desktopEntries_->forWindowClass(bundleID, bundleID);
+                if (!entry || entry->name.empty()) return std::nullopt;
+                return entry->name;
+            });
+        return std::make_unique<ui::QtClipboardHistoryPopup>(*clipboardPopupController_);
+    };
+}
+
+void X11Desktop::openKeyboard(AppLogger& logger) {
+    eventTap_ = x11::X11EventTap::open(nullptr, &logger.log());
+    keyOutput_ = x11::XTestKeyOutput::open();
+    inputSources_ = x11::XkbInputSources::open();
+    if (!eventTap_ || !keyOutput_ || !inputSources_) {
+        eventTap_.reset();
+        return;
+    }
+    // Watching the keyboard counts as granted with the accessibility bus on, the text path's
+    // need; until then the tray shows the banner and retries.
+    eventTap_->setPermissionCheck([this] { return permissions_->hasAccessibility(); });
+    eventTapWatch_ = std::make_unique<QSocketNotifier>(eventTap_->fileDescriptor(), QSocketNotifier::Read);
+    QObject::connect(eventTapWatch_.get(), &QSocketNotifier::activated, eventTapWatch_.get(), [this] {
+        eventTap_->dispatchPending();
+        if (eventTap_->connectionLost()) eventTapWatch_->setEnabled(false);
+    });
+    // Events read off the connection while launch sets the tap up wait in the library's queue,
+    // where the watch would not see them: the first turn of the event loop hands them on.
+    loop_.post([this] { eventTap_->dispatchPending(); });
+    services_.eventTap = eventTap_.get();
+    services_.keyOutput = keyOutput_.get();
+    services_.inputSources = inputSources_.get();
+}
+
+X11Desktop::~X11Desktop() {
+    // The popups' controllers and the watch go before the backends they use.
+    clipboardPopupController_.reset();
+    translationPopupController_.reset();
+    eventTapWatch_.reset();
+}
+
+}  // namespace orvantis::app
