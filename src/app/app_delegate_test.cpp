@@ -12,7 +12,6 @@
 #include <string>
 #include <vector>
 
-#include <QApplication>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -28,6 +27,7 @@
 #include "platform/sim/desktop.h"
 #include "platform/sim/http_client.h"
 #include "platform/sim/permissions.h"
+#include "testing/qt_test_application.h"
 #include "testing/test_support.h"
 #include "ui/menu_bar_controller.h"
 
@@ -38,24 +38,9 @@ using namespace std::chrono_literals;
 using ::testing::ElementsAre;
 using Record = std::vector<std::string>;
 
-/// One QApplication for the tray icon's controller, on Qt's offscreen platform.
-class QtApplicationEnvironment final : public ::testing::Environment {
-public:
-    void SetUp() override {
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-        qputenv("QT_LOGGING_RULES", "qt.core.qobject.connect=false");
-        application_ = std::make_unique<QApplication>(argc_, argv_);
-        QApplication::setQuitOnLastWindowClosed(false);
-    }
-    void TearDown() override { application_.reset(); }
-
-private:
-    int argc_ = 1;
-    char name_[10] = "app_tests";
-    char* argv_[2] = {name_, nullptr};
-    std::unique_ptr<QApplication> application_;
-};
-[[maybe_unused]] const auto* const kQtEnvironment = ::testing::AddGlobalTestEnvironment(new QtApplicationEnvironment);
+/// The tray icon's controller needs a QApplication.
+[[maybe_unused]] const auto* const kQtApplication =
+    ::testing::AddGlobalTestEnvironment(new testing::QtTestApplication("app_tests"));
 
 std::string milliseconds(platform::Duration d) {
     return std::to_string(std::chrono::duration_cast<std::chrono::milliseconds>(d).count()) + "ms";
