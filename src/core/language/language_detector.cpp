@@ -77,33 +77,6 @@ Judgement judge(std::string_view text, bool bestEffort) {
     return {languages[0], reliable};
 }
 
-/// Scripts that name their language on their own, whatever the words.
-std::optional<std::string_view> languageOfScript(UScriptCode script) {
-    switch (script) {
-        case USCRIPT_GREEK: return "el";
-        case USCRIPT_HEBREW: return "he";
-        case USCRIPT_HANGUL: return "ko";
-        case USCRIPT_THAI: return "th";
-        case USCRIPT_GEORGIAN: return "ka";
-        case USCRIPT_ARMENIAN: return "hy";
-        case USCRIPT_LAO: return "lo";
-        case USCRIPT_KHMER: return "km";
-        case USCRIPT_MYANMAR: return "my";
-        case USCRIPT_SINHALA: return "si";
-        case USCRIPT_TAMIL: return "ta";
-        case USCRIPT_TELUGU: return "te";
-        case USCRIPT_KANNADA: return "kn";
-        case USCRIPT_MALAYALAM: return "ml";
-        case USCRIPT_GUJARATI: return "gu";
-        case USCRIPT_GURMUKHI: return "pa";
-        case USCRIPT_ORIYA: return "or";
-        case USCRIPT_TIBETAN: return "bo";
-        case USCRIPT_ETHIOPIC: return "am";
-        case USCRIPT_THAANA: return "dv";
-        default: return std::nullopt;
-    }
-}
-
 /// Chinese characters, kana and Hangul count as one script: Japanese mixes the first two,
 /// Korean may mix the first and the last.
 UScriptCode scriptGroup(UScriptCode script) {
@@ -233,6 +206,8 @@ std::optional<std::string> voteOfWordLists(const std::vector<std::string>& words
     return std::nullopt;
 }
 
+/// A short text: its script where that names the language, else the word lists' vote, else the
+/// detector's best guess, else the main language of the script.
 std::optional<std::string> detectShort(std::string_view text, SpellingDictionaries& dictionaries) {
     const Census census = takeCensus(text);
     const std::optional<UScriptCode> script = census.dominant();
@@ -242,8 +217,6 @@ std::optional<std::string> detectShort(std::string_view text, SpellingDictionari
         if (census.kana) return "ja";
         return "zh";
     }
-    if (const auto language = languageOfScript(*script)) return std::string(*language);
-
     const std::vector<std::string> words = wordsOfScript(text, *script);
     if (*script == USCRIPT_CYRILLIC) {
         if (const auto language = languageOfCyrillicLetters(words)) return std::string(*language);
@@ -253,6 +226,8 @@ std::optional<std::string> detectShort(std::string_view text, SpellingDictionari
         if (!joined.empty()) joined += ' ';
         joined += word;
     }
+    // For a script of one language (Greek, Hebrew, Thai, Georgian…) the guess is that language
+    // whatever the letters.
     std::optional<std::string> guess;
     const Judgement judgement = judge(joined.empty() ? text : std::string_view(joined), /*bestEffort=*/true);
     if (writtenIn(judgement.language, *script)) guess = codeOf(judgement.language);
