@@ -70,8 +70,17 @@ TEST(LanguageDetectorTest, CyrillicLettersOfOneLanguage) {
     EXPECT_EQ(LanguageDetector::detect("ёж"), "ru");
     EXPECT_EQ(LanguageDetector::detect("мы"), "ru");
     EXPECT_EQ(LanguageDetector::detect("ґанок"), "uk");
-    EXPECT_EQ(LanguageDetector::detect("дзякуй, беларуская мова"), "be");
+    EXPECT_EQ(LanguageDetector::detect("праўда"), "be");
     EXPECT_EQ(LanguageDetector::detect("ћао"), "sr");
+}
+
+TEST(LanguageDetectorTest, AGuessOfALanguageWithoutAWordListStandsWhereNoListKnowsEveryWord) {
+    // Without an Italian list "come" would make this English and "sera" Spanish; with one
+    // installed, it knows both words.
+    EXPECT_EQ(LanguageDetector::detect("come stai"), "it");
+    EXPECT_EQ(LanguageDetector::detect("buona sera"), "it");
+    // Belarusian without its own letter "ў": the Ukrainian list knows "мова", not "беларуская".
+    EXPECT_EQ(LanguageDetector::detect("беларуская мова"), "be");
 }
 
 TEST(LanguageDetectorTest, MixedScriptsGoByTheScriptOfMostLetters) {
