@@ -27,6 +27,11 @@ namespace {
 constexpr std::size_t kSentenceWords = 4;
 /// Words of a text that the word lists are asked about; the rest add nothing to the vote.
 constexpr std::size_t kMostWordsLookedUp = 8;
+/// A longer "word" (in bytes) is no dictionary's, and asking would cost time on a pasted blob.
+constexpr std::size_t kLongestWordLookedUp = 100;
+/// Bytes of a text that the short road reads: a text it gets that is longer than this (a blob
+/// the detector found unreliable) is judged by its beginning.
+constexpr std::size_t kLongestShortText = 4096;
 
 /// The languages whose word lists vote on a text of each script, in the order that settles a
 /// tie: roughly their share of the text on the web, so that a word that is English and German
@@ -136,10 +141,11 @@ Census takeCensus(std::string_view text) {
     return census;
 }
 
-/// The words of `text` whose first letter is of `script`, in order.
+/// The words of `text` whose first letter is of `script`, in order, but for overlong ones.
 std::vector<std::string> wordsOfScript(std::string_view text, UScriptCode script) {
     std::vector<std::string> words;
     for (text::WordToken& token : text::wordTokens(text)) {
+        if (token.text.size() > kLongestWordLookedUp) continue;
         for (const text::CodePoint c : text::codePoints(token.text)) {
             UScriptCode letterScript = USCRIPT_INVALID_CODE;
             if (!isScriptLetter(c.value, letterScript)) continue;
@@ -265,7 +271,9 @@ std::optional<std::string> LanguageDetector::detect(std::string_view text, Spell
             if (auto code = codeOf(judgement.language)) return code;
         }
     }
-    return detectShort(valid, dictionaries);
+    std::size_t end = std::min(valid.size(), kLongestShortText);
+    while (end < valid.size() && (static_cast<unsigned char>(valid[end]) & 0xC0) == 0x80) --end;
+    return detectShort(std::string_view(valid).substr(0, end), dictionaries);
 }
 
 std::size_t LanguageDetector::wordCount(std::string_view text) {
