@@ -1,8 +1,8 @@
 #include "core/language/spelling_dictionaries.h"
 
-#include <aspell.h>
-
 #include <vector>
+
+#include <aspell.h>
 
 #include "core/text/case_mapping.h"
 
