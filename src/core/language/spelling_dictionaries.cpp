@@ -27,9 +27,11 @@ std::string dictionaryName(std::string_view language) {
     return std::string(language);
 }
 
-/// The forms of a word worth asking about: as typed, in lower case, with a capital, and each
-/// with the other apostrophe (dictionaries keep either ' or ’ in "aujourd'hui", "ім'я").
-std::vector<std::string> formsOf(std::string_view word) {
+/// The forms of a word worth asking about: as typed, in lower case, with a capital where the
+/// language writes its nouns so (German "haus" is "Haus"; elsewhere a capital makes a name, and
+/// "миша" is no "Миша"), and each with the other apostrophe (dictionaries keep either ' or ’ in
+/// "aujourd'hui", "ім'я").
+std::vector<std::string> formsOf(std::string_view language, std::string_view word) {
     std::vector<std::string> forms;
     const auto add = [&forms](std::string form) {
         for (const auto& known : forms)
@@ -39,7 +41,7 @@ std::vector<std::string> formsOf(std::string_view word) {
     const std::string lower = text::lowercased(word);
     add(std::string(word));
     add(lower);
-    add(text::uppercasedFirst(lower));
+    if (language == "de") add(text::uppercasedFirst(lower));
     static constexpr std::string_view kTypographic = "\u2019";
     const std::size_t count = forms.size();
     for (std::size_t i = 0; i < count; ++i) {
@@ -103,7 +105,7 @@ bool SpellingDictionaries::knows(std::string_view language, std::string_view wor
     const std::lock_guard lock(mutex_);
     const Speller* speller = spellerOf(language);
     if (speller == nullptr) return false;
-    for (const std::string& form : formsOf(word))
+    for (const std::string& form : formsOf(language, word))
         if (speller->check(form)) return true;
     return false;
 }

@@ -23,9 +23,9 @@ public:
 
     /// Whether the dictionary of `language` (a two-letter code) is there; opens it.
     bool has(std::string_view language);
-    /// Whether `word` (UTF-8) is spelt right in `language`, taken as typed, in lower case or
-    /// with a capital ("haus" is German as "Haus" is), and with either apostrophe; false when
-    /// the language has no dictionary.
+    /// Whether `word` (UTF-8) is spelt right in `language`, taken as typed or in lower case
+    /// (in German also with a capital: "haus" is German as "Haus" is), and with either
+    /// apostrophe; false when the language has no dictionary.
     bool knows(std::string_view language, std::string_view word);
 
 private:

@@ -33,6 +33,10 @@ TEST(SpellingDictionariesTest, CaseAndApostrophesAsPeopleTypeThem) {
     EXPECT_TRUE(dictionaries.knows("de", "haus")) << "a noun typed in lower case";
     EXPECT_TRUE(dictionaries.knows("de", "HAUS"));
     EXPECT_TRUE(dictionaries.knows("en", "Hello"));
+    // Outside German a capital makes a name: the mouse is no Misha.
+    EXPECT_FALSE(dictionaries.knows("ru", "миша"));
+    EXPECT_TRUE(dictionaries.knows("ru", "Миша"));
+    EXPECT_TRUE(dictionaries.knows("uk", "миша"));
     EXPECT_TRUE(dictionaries.knows("uk", "ім'я"));
     EXPECT_TRUE(dictionaries.knows("uk", "ім\u2019я"));
     EXPECT_TRUE(dictionaries.knows("fr", "aujourd\u2019hui"));
