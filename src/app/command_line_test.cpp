@@ -269,6 +269,8 @@ TEST_F(CommandLineTest, VariantsPrintsElevenStyleAndNameLines) {
 
 TEST_F(CommandLineTest, DetectPrintsTheCodeOrADashAndTheWordCount) {
     EXPECT_EQ(run({"detect", "Съешь же ещё этих мягких французских булок, да выпей чаю"}).out, "ru\t10\n");
+    EXPECT_EQ(run({"detect", "Привет"}).out, "ru\t1\n");
+    EXPECT_EQ(run({"detect", "user name"}).out, "en\t2\n");
     EXPECT_EQ(run({"detect", "   "}).out, "-\t0\n");
     EXPECT_EQ(run({"detect", "--", "?! ..."}).out, "-\t2\n");
 }

@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include "core/language/spelling_dictionaries.h"
+#include "testing/test_support.h"
+
 namespace orvantis {
 namespace {
 
@@ -28,6 +31,62 @@ TEST(LanguageDetectorTest, AnswersTodaysTwoLetterCodes) {
     // The detector's own code for Hebrew is an old one.
     EXPECT_EQ(LanguageDetector::detect("שלום לכולם, מה שלומכם היום? אני שמח לראות אתכם כאן"), "he");
     EXPECT_EQ(LanguageDetector::detect("今天天气很好，我们一起去公园散步吧。我很喜欢这个城市。"), "zh");
+}
+
+TEST(LanguageDetectorTest, WithoutWordListsTheDetectorsBestGuessStillAnswersShortText) {
+    testing::TemporaryDirectory empty;
+    SpellingDictionaries none(empty.path().string());
+    EXPECT_EQ(LanguageDetector::detect("hello", none), "en");
+    EXPECT_EQ(LanguageDetector::detect("gracias", none), "es");
+    EXPECT_EQ(LanguageDetector::detect("Привет", none), "ru");
+    EXPECT_EQ(LanguageDetector::detect("привіт", none), "uk");
+    EXPECT_EQ(LanguageDetector::detect("12345 678", none), std::nullopt);
+}
+
+TEST(LanguageDetectorTest, TheWordListsSettleWhatTheBestGuessGetsWrong) {
+    testing::TemporaryDirectory empty;
+    SpellingDictionaries none(empty.path().string());
+    SpellingDictionaries installed;
+    // The detector alone takes these for Danish, Hmong and Bulgarian.
+    EXPECT_EQ(LanguageDetector::detect("folder", installed), "en");
+    EXPECT_EQ(LanguageDetector::detect("Haus", installed), "de");
+    EXPECT_EQ(LanguageDetector::detect("работа", installed), "ru");
+    EXPECT_NE(LanguageDetector::detect("folder", none), "en");
+    EXPECT_NE(LanguageDetector::detect("Haus", none), "de");
+}
+
+TEST(LanguageDetectorTest, AScriptOfOneLanguageNamesIt) {
+    EXPECT_EQ(LanguageDetector::detect("γεια"), "el");
+    EXPECT_EQ(LanguageDetector::detect("שלום"), "he");
+    EXPECT_EQ(LanguageDetector::detect("사용자"), "ko");
+    EXPECT_EQ(LanguageDetector::detect("ファイル"), "ja");
+    EXPECT_EQ(LanguageDetector::detect("早上好"), "zh");
+    EXPECT_EQ(LanguageDetector::detect("謝謝"), "zh");
+    EXPECT_EQ(LanguageDetector::detect("สวัสดี"), "th");
+    EXPECT_EQ(LanguageDetector::detect("გამარჯობა"), "ka");
+}
+
+TEST(LanguageDetectorTest, CyrillicLettersOfOneLanguage) {
+    EXPECT_EQ(LanguageDetector::detect("ёж"), "ru");
+    EXPECT_EQ(LanguageDetector::detect("мы"), "ru");
+    EXPECT_EQ(LanguageDetector::detect("ґанок"), "uk");
+    EXPECT_EQ(LanguageDetector::detect("праўда"), "be");
+    EXPECT_EQ(LanguageDetector::detect("ћао"), "sr");
+}
+
+TEST(LanguageDetectorTest, AGuessOfALanguageWithoutAWordListStandsWhereNoListKnowsEveryWord) {
+    // Without an Italian list "come" would make this English and "sera" Spanish; with one
+    // installed, it knows both words.
+    EXPECT_EQ(LanguageDetector::detect("come stai"), "it");
+    EXPECT_EQ(LanguageDetector::detect("buona sera"), "it");
+    // Belarusian without its own letter "ў": the Ukrainian list knows "мова", not "беларуская".
+    EXPECT_EQ(LanguageDetector::detect("беларуская мова"), "be");
+}
+
+TEST(LanguageDetectorTest, MixedScriptsGoByTheScriptOfMostLetters) {
+    EXPECT_EQ(LanguageDetector::detect("Привет user"), "ru");
+    EXPECT_EQ(LanguageDetector::detect("hello мир"), "en");
+    EXPECT_EQ(LanguageDetector::detect("user42"), "en");
 }
 
 TEST(LanguageDetectorTest, SurvivesBrokenAndHugeText) {

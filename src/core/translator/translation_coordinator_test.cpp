@@ -237,10 +237,37 @@ TEST_F(TranslationCoordinatorTest, ADirectTranslationThatSaysTheSameClosesThePop
 }
 
 TEST_F(TranslationCoordinatorTest, UndetectedTextOnTheDirectHotkeyGoesOutPrimaryToPrimary) {
-    selectInField("Привет");
+    // Digits and marks are no language's.
+    selectInField("42 + 17 = ?");
     directHotkey();
     ASSERT_EQ(http_.requests().size(), 1u);
     EXPECT_NE(url(0).find("sl=en&tl=en&"), std::string::npos) << url(0);
+}
+
+TEST_F(TranslationCoordinatorTest, AShortEnglishSelectionOnTheVariantsHotkeyStaysOffTheNetwork) {
+    selectInField("user name");
+    variantsHotkey();
+    EXPECT_TRUE(http_.requests().empty());
+    ASSERT_EQ(popup_.options.size(), 11u);
+    EXPECT_EQ(popup_.values().front(), "userName");
+}
+
+TEST_F(TranslationCoordinatorTest, ARussianWordOnTheDirectHotkeyIsTranslatedIntoThePrimaryLanguage) {
+    selectInField("Привет");
+    directHotkey();
+    ASSERT_EQ(http_.requests().size(), 1u);
+    EXPECT_NE(url(0).find("sl=ru&tl=en&"), std::string::npos) << url(0);
+    answer(0, 200, translationReply("Hello"));
+    EXPECT_TRUE(popup_.visible);
+    EXPECT_EQ(popup_.values(), std::vector<std::string>{"Hello"});
+
+    // Russian outside the pair goes into the primary language all the same.
+    popup_.dismiss();
+    settings_.setTranslatorPrimaryLanguage("de");
+    settings_.setTranslatorSecondaryLanguage("fr");
+    directHotkey();
+    ASSERT_EQ(http_.requests().size(), 2u);
+    EXPECT_NE(url(1).find("sl=ru&tl=de&"), std::string::npos) << url(1);
 }
 
 TEST_F(TranslationCoordinatorTest, ALateReplyNeverTouchesADismissedPopup) {
