@@ -26,7 +26,8 @@ function(orvantis_component name)
   endif()
   if(tests AND ORVANTIS_BUILD_TESTS)
     add_executable(${name}_tests ${tests})
-    target_link_libraries(${name}_tests PRIVATE ${lib} ${ARG_TEST_DEPS} GTest::gmock GTest::gtest_main)
+    target_link_libraries(${name}_tests PRIVATE ${lib} ${ARG_TEST_DEPS} orvantis_test_guards GTest::gmock
+                          GTest::gtest_main)
     orvantis_warnings(${name}_tests)
     gtest_discover_tests(${name}_tests DISCOVERY_TIMEOUT 60
                          PROPERTIES LABELS unit ENVIRONMENT "TZ=UTC")

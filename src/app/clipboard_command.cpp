@@ -73,10 +73,10 @@ void printListing(const std::vector<ClipboardListingEntry>& entries, bool json) 
     else std::cout << formatClipboardListing(entries);
 }
 
-int runList(const std::optional<std::string>& search, bool json) {
+int runList(const ClipboardBusClient& bus, const std::optional<std::string>& search, bool json) {
     const freedesktop::ClipboardBusReply reply =
-        freedesktop::listRunningClipboard(search ? std::optional<std::string_view>(*search) : std::nullopt,
-                                          kClipboardBusTimeout);
+        bus.list(search ? std::optional<std::string_view>(*search) : std::nullopt);
+    const std::filesystem::path file = snapshotFile();
     switch (reply.status) {
         case freedesktop::ClipboardBusReply::Status::Answered: {
             std::string problem;
@@ -87,10 +87,15 @@ int runList(const std::optional<std::string>& search, bool json) {
         }
         case freedesktop::ClipboardBusReply::Status::Failed:
             return failure(reply.text);
+        case freedesktop::ClipboardBusReply::Status::TooLarge:
+            // The file holds the text entries as of the last save; the entries that are not text
+            // live only in the running program.
+            std::cerr << "orvantis: the history is too large for the session bus; "
+                      << (search ? "searched" : "listed from") << " the snapshot file " << file.string() << '\n';
+            break;
         case freedesktop::ClipboardBusReply::Status::NotRunning:
             break;
     }
-    const std::filesystem::path file = snapshotFile();
     std::string problem;
     std::optional<std::vector<ClipboardItem>> items = readSnapshotItems(file, problem);
     if (!items) return failure("the saved history " + file.string() + " is damaged or unreadable (" + problem + ")");
@@ -98,12 +103,13 @@ int runList(const std::optional<std::string>& search, bool json) {
     return 0;
 }
 
-int runClear() {
-    const freedesktop::ClipboardBusReply reply = freedesktop::clearRunningClipboard(kClipboardBusTimeout);
+int runClear(const ClipboardBusClient& bus) {
+    const freedesktop::ClipboardBusReply reply = bus.clear();
     switch (reply.status) {
         case freedesktop::ClipboardBusReply::Status::Answered:
             return 0;
         case freedesktop::ClipboardBusReply::Status::Failed:
+        case freedesktop::ClipboardBusReply::Status::TooLarge:
             return failure(reply.text);
         case freedesktop::ClipboardBusReply::Status::NotRunning:
             break;
@@ -118,7 +124,16 @@ int runClear() {
 
 }  // namespace
 
-int runClipboardCommand(const std::vector<std::string>& args) {
+ClipboardBusClient sessionBusClipboardClient() {
+    ClipboardBusClient client;
+    client.list = [](std::optional<std::string_view> search) {
+        return freedesktop::listRunningClipboard(search, kClipboardBusTimeout);
+    };
+    client.clear = [] { return freedesktop::clearRunningClipboard(kClipboardBusTimeout); };
+    return client;
+}
+
+int runClipboardCommand(const std::vector<std::string>& args, const ClipboardBusClient& bus) {
     if (args.size() < 2) return usageError("clipboard needs a command: list, search or clear");
     const std::string& command = args[1];
     if (command != "list" && command != "search" && command != "clear") {
@@ -136,18 +151,18 @@ int runClipboardCommand(const std::vector<std::string>& args) {
     }
     if (command == "clear") {
         if (!operands.empty()) return usageError("clipboard clear takes no arguments");
-        return runClear();
+        return runClear(bus);
     }
     if (command == "list") {
         if (!operands.empty()) return usageError("clipboard list takes no arguments but --json");
-        return runList(std::nullopt, json);
+        return runList(bus, std::nullopt, json);
     }
     if (operands.size() != 1) return usageError("clipboard search takes one TEXT (quote one with spaces)");
     if (!text::isValidUtf8(operands[0])) {
         std::cerr << "orvantis: clipboard search: TEXT is not valid UTF-8\n";
         return 2;
     }
-    return runList(operands[0], json);
+    return runList(bus, operands[0], json);
 }
 
 }  // namespace orvantis::app

@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-
 #include "platform/sim/input_sources.h"
 #include "testing/test_support.h"
 
@@ -11,6 +9,7 @@ namespace orvantis::app {
 namespace {
 
 using orvantis::testing::readFile;
+using orvantis::testing::ScopedEnv;
 using orvantis::testing::TemporaryDirectory;
 using orvantis::testing::writeFile;
 
@@ -22,10 +21,6 @@ struct Result {
 
 class CommandLineTest : public ::testing::Test {
 protected:
-    void SetUp() override {
-        setenv("XDG_CONFIG_HOME", (dir_.path() / "config").c_str(), 1);
-        setenv("XDG_STATE_HOME", (dir_.path() / "state").c_str(), 1);
-    }
     Result run(std::vector<std::string> args, const CommandLineEnvironment& environment = {}) {
         ::testing::internal::CaptureStdout();
         ::testing::internal::CaptureStderr();
@@ -37,6 +32,8 @@ protected:
     std::filesystem::path prefs() const { return dir_.path() / "config" / "orvantis" / "preferences.plist"; }
 
     TemporaryDirectory dir_;
+    ScopedEnv config_{"XDG_CONFIG_HOME", (dir_.path() / "config").c_str()};
+    ScopedEnv state_{"XDG_STATE_HOME", (dir_.path() / "state").c_str()};
 };
 
 TEST_F(CommandLineTest, ListPrintsEveryPropertyWithItsJsonValue) {

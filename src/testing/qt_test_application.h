@@ -3,10 +3,13 @@
 // One QApplication for every test of a test program that needs Qt widgets.
 
 #include <memory>
+#include <optional>
 
 #include <QApplication>
 #include <QByteArray>
 #include <gtest/gtest.h>
+
+#include "testing/test_support.h"
 
 namespace orvantis::testing {
 
@@ -21,21 +24,27 @@ public:
 
     void SetUp() override {
         const QByteArray platform = platformVariable_ != nullptr ? qgetenv(platformVariable_) : QByteArray();
-        qputenv("QT_QPA_PLATFORM", platform.isEmpty() ? QByteArray("offscreen") : platform);
+        qtPlatform_.emplace("QT_QPA_PLATFORM", platform.isEmpty() ? "offscreen" : platform.constData());
         // The offscreen platform lacks a tray signal that QSystemTrayIcon connects to; the
         // warning about it is noise here. Project code connects through member pointers.
-        qputenv("QT_LOGGING_RULES", "qt.core.qobject.connect=false");
+        loggingRules_.emplace("QT_LOGGING_RULES", "qt.core.qobject.connect=false");
         argv_[0] = programName_.data();
         application_ = std::make_unique<QApplication>(argc_, argv_);
         QApplication::setQuitOnLastWindowClosed(false);
     }
-    void TearDown() override { application_.reset(); }
+    void TearDown() override {
+        application_.reset();
+        loggingRules_.reset();
+        qtPlatform_.reset();
+    }
 
 private:
     QByteArray programName_;
     const char* platformVariable_;
     int argc_ = 1;
     char* argv_[2] = {nullptr, nullptr};
+    std::optional<ScopedEnv> qtPlatform_;
+    std::optional<ScopedEnv> loggingRules_;
     std::unique_ptr<QApplication> application_;
 };
 

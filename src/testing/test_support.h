@@ -29,7 +29,8 @@ private:
     std::filesystem::path path_;
 };
 
-/// Sets or unsets an environment variable for one scope, and restores it afterwards.
+/// Sets or unsets an environment variable for one scope, and restores it afterwards. The one
+/// way tests change the environment: every test program fails a test that leaves it changed.
 class ScopedEnv {
 public:
     ScopedEnv(const char* name, const char* value) : name_(name) {

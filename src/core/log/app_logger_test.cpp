@@ -10,6 +10,7 @@
 #include <fstream>
 #include <iterator>
 #include <mutex>
+#include <optional>
 #include <regex>
 #include <set>
 #include <sstream>
@@ -19,6 +20,7 @@
 
 #include "platform/serial_queue.h"
 #include "platform/sim/virtual_main_loop.h"
+#include "testing/test_support.h"
 
 #include <sys/resource.h>
 #include <unistd.h>
@@ -97,7 +99,6 @@ private:
 class AppLoggerTest : public ::testing::Test {
 protected:
     void SetUp() override {
-        if (const char* tz = std::getenv("TZ")) savedTz_ = tz;
         useTimeZone("UTC");
         std::string pattern = (fs::path(::testing::TempDir()) / "orvantis-log-XXXXXX").string();
         ASSERT_NE(mkdtemp(pattern.data()), nullptr);
@@ -107,24 +108,21 @@ protected:
     }
 
     void TearDown() override {
-        if (savedTz_) {
-            setenv("TZ", savedTz_->c_str(), 1);
-        } else {
-            unsetenv("TZ");
-        }
+        timeZone_.reset();
         tzset();
         std::error_code ignored;
         fs::remove_all(root_, ignored);
     }
 
-    static void useTimeZone(const char* zone) {
-        setenv("TZ", zone, 1);
+    void useTimeZone(const char* zone) {
+        timeZone_.reset();
+        timeZone_.emplace("TZ", zone);
         tzset();
     }
 
     fs::path file(std::string_view day) const { return dir_ / AppLogger::fileNameForDay(day); }
 
-    std::optional<std::string> savedTz_;
+    std::optional<testing::ScopedEnv> timeZone_;
     fs::path root_;
     fs::path dir_;
     sim::VirtualMainLoop loop_;

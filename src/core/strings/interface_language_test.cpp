@@ -1,7 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-
 #include "core/settings/app_settings.h"
 #include "testing/test_support.h"
 #include "core/strings/settings_strings.h"
@@ -13,9 +11,9 @@ namespace {
 /// The interface language comes from the settings alone, never from the system's locale.
 TEST(InterfaceLanguageTest, AnAbsentSettingMeansEnglishEvenOnARussianSystem) {
     testing::TemporaryDirectory dir;
-    setenv("LANG", "ru_RU.UTF-8", 1);
-    setenv("LC_ALL", "ru_RU.UTF-8", 1);
-    setenv("LANGUAGE", "ru", 1);
+    const testing::ScopedEnv lang("LANG", "ru_RU.UTF-8");
+    const testing::ScopedEnv all("LC_ALL", "ru_RU.UTF-8");
+    const testing::ScopedEnv language("LANGUAGE", "ru");
     platform::ThreadSerialQueue writer("prefs");
     PreferenceStore store(dir.path() / "preferences.plist", writer, nullptr);
     AppSettings settings(store);
@@ -24,8 +22,6 @@ TEST(InterfaceLanguageTest, AnAbsentSettingMeansEnglishEvenOnARussianSystem) {
     EXPECT_EQ(strings.settingsWindowTitle, "Orvantis Settings");
     settings.setSettingsLanguage(SettingsLanguage::ru);
     EXPECT_EQ(SettingsStrings::make(settings.settingsLanguage()).menuQuitItem, "Выйти из Orvantis");
-    unsetenv("LC_ALL");
-    unsetenv("LANGUAGE");
 }
 
 }  // namespace

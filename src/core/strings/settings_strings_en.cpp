@@ -150,7 +150,7 @@ constexpr SettingsStrings kEnglish{
     .focusOpenShortcuts = "Open Shortcuts",
     .focusMissingAlertTitle = "Focus shortcuts not configured",
     .focusMissingAlertBody =
-        "You enabled “Focus during Pomodoro”, but the two required Apple Shortcuts haven’t been created yet. "
+        "You enabled “Focus during Pomodoro”, but the two required shortcuts haven’t been created yet. "
         "Create them in the Shortcuts app:\n"
         "\n"
         "   • “Orvantis Focus On” → Set Focus → Turn On Do Not Disturb\n"
@@ -298,7 +298,7 @@ constexpr SettingsStrings kEnglish{
         "replaced by its expansion.\n"
         "• The abbreviation is everything between the last space or line break and the cursor, punctuation "
         "included.\n"
-        "• Case matters: “mail” and “Mail” are two different abbreviations.\n"
+        "• Case matters: “sig” and “Sig” are two different abbreviations.\n"
         "• Nothing is ever expanded into a password field.\n"
         "• The expansion is pasted through the clipboard, which gets its previous content back a moment "
         "later.",
@@ -323,7 +323,7 @@ constexpr SettingsStrings kEnglish{
     .translatorLanguagesHint =
         "Direct translation goes from the primary language to the secondary one and back. Text in any other "
         "language is translated into the primary language.",
-    .iCloudSection = "iCloud",
+    .iCloudSection = "Synced Folder",
     .iCloudSyncSettings = "Sync settings",
     .iCloudSyncSettingsHint =
         "Settings, hotkeys and snippets are mirrored between your computers through a synced folder. The "
@@ -334,7 +334,7 @@ constexpr SettingsStrings kEnglish{
         "computer.",
     .iCloudUnavailableNote =
         "No synced folder found. Sync stays off until the folder exists and Orvantis is restarted.",
-    .iCloudClipboardConsentTitle = "Sync clipboard history via iCloud?",
+    .iCloudClipboardConsentTitle = "Sync clipboard history through the synced folder?",
     .iCloudClipboardConsentBody =
         "Everything you copy as text will be written to a file in the synced folder and copied to your other "
         "computers by the sync service, including anything sensitive that isn’t marked as a password. "
@@ -353,12 +353,13 @@ constexpr SettingsStrings kEnglish{
         "Describe what you saw, what you expected, or what you’d like to see in the app…",
     .feedbackIncludeLogs = "Attach diagnostic logs",
     .feedbackIncludeLogsHint =
-        "Adds the last 3 days of app log entries plus app and macOS versions. No clipboard contents or "
+        "Adds the last 3 days of app log entries plus app and system versions. No clipboard contents or "
         "selected text is included.",
     .feedbackSendButton = "Send",
     .feedbackUnavailableTitle = "No mail client configured",
     .feedbackUnavailableBody =
-        "Your Mac doesn’t have a mail account set up. Add one in Mail → Settings → Accounts and try again.",
+        "This computer doesn’t have a mail account set up. Add one in your mail client’s settings and try "
+        "again.",
     .feedbackEmptyBodyTitle = "Message is empty",
     .feedbackEmptyBodyMessage = "Add a few words about what you’d like to report before sending.",
     .textTransformerSection = "Text Tools",
@@ -444,7 +445,7 @@ constexpr SettingsStrings kEnglish{
         "Adds a switch to the tray menu that keeps the computer awake with the lid closed, regardless of the "
         "app list. Asks for the administrator password once.",
     .menuCaffeineLidAlwaysItem = "Keep awake with lid closed",
-    .caffeineLidExplainTitle = "Allow keeping the Mac awake with the lid closed?",
+    .caffeineLidExplainTitle = "Allow keeping the computer awake with the lid closed?",
     .caffeineLidExplainBody =
         "Closing the lid puts the computer to sleep, and only an administrator can change that. Orvantis will "
         "ask for your administrator password once, to install a small rule that lets it turn lid-close sleep "
@@ -462,7 +463,7 @@ constexpr SettingsStrings kEnglish{
     .caffeineLidNeedsAppTitle = "Add an app first",
     .caffeineLidNeedsAppBody =
         "Lid-close sleep prevention keys off the apps in the list above. Add at least one app before turning "
-        "it on, so there's something to keep the Mac awake for.",
+        "it on, so there's something to keep the computer awake for.",
     .menuCaffeineItem = "Caffeine",
     .pomodoroDashboardPinTooltip = "Keep window on top",
     .keyboardLockSection = "Keyboard Lock",

@@ -130,7 +130,7 @@ constexpr BilingualText kSharedTexts[] = {
     {"appearance", "Appearance", "Внешний вид"},
     {"language", "Language", "Язык"},
     {"startup", "Startup", "Запуск"},
-    {"iCloudSection", "iCloud", "iCloud"},
+    {"iCloudSection", "Synced Folder", "Синхронизируемая папка"},
     {"pomodoroStartItem", "Start Pomodoro", "Запустить помодоро"},
     {"pomodoroPauseItem", "Pause Pomodoro", "Пауза"},
     {"pomodoroResumeItem", "Resume Pomodoro", "Продолжить"},
@@ -166,12 +166,12 @@ constexpr BilingualText kSharedTexts[] = {
     {"focusMissingAlertTitle", "Focus shortcuts not configured", "Команды для Фокуса не настроены"},
     {"focusMissingAlertContinue", "Start without Focus", "Запустить без Фокуса"},
     {"iCloudClipboardConsentTitle",
-     "Sync clipboard history via iCloud?",
-     "Синхронизировать историю буфера через iCloud?"},
+     "Sync clipboard history through the synced folder?",
+     "Синхронизировать историю буфера через синхронизируемую папку?"},
     {"iCloudClipboardConsentEnable", "Enable sync", "Включить синхронизацию"},
     {"iCloudClipboardConsentCancel", "Cancel", "Отмена"},
     {"caffeineLidExplainTitle",
-     "Allow keeping the Mac awake with the lid closed?",
+     "Allow keeping the computer awake with the lid closed?",
      "Разрешить не засыпать с закрытой крышкой?"},
     {"caffeineLidExplainAllow", "Allow", "Разрешить"},
     {"caffeineLidExplainCancel", "Cancel", "Отмена"},
@@ -190,14 +190,14 @@ constexpr BilingualText kSharedTexts[] = {
     {"caffeineLidNeedsAppTitle", "Add an app first", "Сначала добавьте приложение"},
     {"caffeineLidNeedsAppBody",
      "Lid-close sleep prevention keys off the apps in the list above. Add at least one app before turning it "
-     "on, so there's something to keep the Mac awake for.",
+     "on, so there's something to keep the computer awake for.",
      "Блокировка сна при закрытой крышке ориентируется на приложения из списка выше. Добавьте хотя бы одно "
-     "приложение перед включением, чтобы было ради чего держать Mac активным."},
+     "приложение перед включением, чтобы было ради чего держать компьютер активным."},
     {"feedbackUnavailableTitle", "No mail client configured", "Почтовый клиент не настроен"},
     {"feedbackUnavailableBody",
-     "Your Mac doesn’t have a mail account set up. Add one in Mail → Settings → Accounts and try again.",
-     "На Mac не настроена учётная запись почты. Добавьте её в Mail → Настройки → Учётные записи и попробуйте "
-     "снова."},
+     "This computer doesn’t have a mail account set up. Add one in your mail client’s settings and try again.",
+     "На этом компьютере не настроена учётная запись почты. Добавьте её в настройках почтового клиента и "
+     "попробуйте снова."},
     {"feedbackEmptyBodyTitle", "Message is empty", "Пустое сообщение"},
     {"feedbackEmptyBodyMessage",
      "Add a few words about what you’d like to report before sending.",
@@ -221,7 +221,7 @@ struct FixedText {
 constexpr FixedText kFeatureTexts[] = {
     {"focusMissingAlertBody",
      SettingsLanguage::en,
-     "You enabled “Focus during Pomodoro”, but the two required Apple Shortcuts haven’t been created yet. "
+     "You enabled “Focus during Pomodoro”, but the two required shortcuts haven’t been created yet. "
      "Create them in the Shortcuts app:\n"
      "\n"
      "   • “Orvantis Focus On” → Set Focus → Turn On Do Not Disturb\n"
@@ -275,7 +275,7 @@ constexpr FixedText kFeatureTexts[] = {
     {"feedbackIncludeLogs", SettingsLanguage::en, "Attach diagnostic logs"},
     {"feedbackIncludeLogsHint",
      SettingsLanguage::en,
-     "Adds the last 3 days of app log entries plus app and macOS versions. No clipboard contents or selected "
+     "Adds the last 3 days of app log entries plus app and system versions. No clipboard contents or selected "
      "text is included."},
     {"feedbackEmptyBodyTitle", SettingsLanguage::en, "Message is empty"},
     {"feedbackEmptyBodyMessage",
@@ -284,7 +284,7 @@ constexpr FixedText kFeatureTexts[] = {
     {"feedbackUnavailableTitle", SettingsLanguage::en, "No mail client configured"},
     {"feedbackUnavailableBody",
      SettingsLanguage::en,
-     "Your Mac doesn’t have a mail account set up. Add one in Mail → Settings → Accounts and try again."},
+     "This computer doesn’t have a mail account set up. Add one in your mail client’s settings and try again."},
     {"caffeineLidRevokedTitle", SettingsLanguage::en, "Administrator access removed"},
     {"caffeineLidRevokedBody",
      SettingsLanguage::en,
@@ -294,7 +294,7 @@ constexpr FixedText kFeatureTexts[] = {
     {"caffeineLidNeedsAppBody",
      SettingsLanguage::en,
      "Lid-close sleep prevention keys off the apps in the list above. Add at least one app before turning it "
-     "on, so there's something to keep the Mac awake for."},
+     "on, so there's something to keep the computer awake for."},
     {"caffeineLidRemovalCancelledBody",
      SettingsLanguage::en,
      "The administrator password prompt was cancelled, so the permission rule couldn't be removed. Lid-close "
@@ -498,8 +498,8 @@ TEST(SettingsStringsTest, SomeScreensShareATextButKeepTheirOwnField) {
 TEST(SettingsStringsTest, FocusAlertBodyKeepsItsLineBreaks) {
     const SettingsStrings english = SettingsStrings::make(SettingsLanguage::en);
     EXPECT_EQ(english.focusMissingAlertBody,
-              "You enabled “Focus during Pomodoro”, but the two required Apple Shortcuts haven’t been created "
-              "yet. Create them in the Shortcuts app:\n\n"
+              "You enabled “Focus during Pomodoro”, but the two required shortcuts haven’t been created yet. "
+              "Create them in the Shortcuts app:\n\n"
               "   • “Orvantis Focus On” → Set Focus → Turn On Do Not Disturb\n"
               "   • “Orvantis Focus Off” → Set Focus → Turn Off Do Not Disturb\n\n"
               "The Pomodoro will start without toggling Focus.");
@@ -518,7 +518,7 @@ TEST(SettingsStringsTest, RussianIsATranslationNotACopy) {
     for (const auto& field : SettingsStrings::fields()) {
         if (english.*(field.member) == russian.*(field.member)) same.push_back(field.name);
     }
-    EXPECT_EQ(same, std::vector<std::string_view>{"iCloudSection"});
+    EXPECT_EQ(same, std::vector<std::string_view>{});
 }
 
 TEST(SettingsStringsTest, ProductNameStandsWhereTheScreensNeedIt) {
@@ -564,6 +564,73 @@ TEST(SettingsStringsTest, NoTextUsesForeignModifierGlyphs) {
             for (const std::string_view glyph : {"⌘", "⌃", "⌥", "⇧", "⌫"}) {
                 EXPECT_EQ(text.find(glyph), std::string_view::npos)
                     << languageName(language) << "." << field.name << " holds " << glyph;
+            }
+        }
+    }
+}
+
+/// The code point that starts at `at`, or 0 outside the text; `at` may point into the middle of a
+/// sequence, in which case the search goes back to its lead byte.
+char32_t codePointAt(std::string_view text, std::size_t at) {
+    if (at >= text.size()) return 0;
+    while (at > 0 && (static_cast<unsigned char>(text[at]) & 0xC0) == 0x80) --at;
+    const auto lead = static_cast<unsigned char>(text[at]);
+    const std::size_t length = lead < 0x80 ? 1 : (lead & 0xE0) == 0xC0 ? 2 : (lead & 0xF0) == 0xE0 ? 3 : 4;
+    char32_t value = length == 1   ? lead
+                     : length == 2 ? (lead & 0x1F)
+                     : length == 3 ? (lead & 0x0F)
+                                   : (lead & 0x07);
+    for (std::size_t k = 1; k < length && at + k < text.size(); ++k) {
+        value = (value << 6) | (static_cast<unsigned char>(text[at + k]) & 0x3F);
+    }
+    return value;
+}
+
+/// Letters and digits of the two interface languages, the characters that continue a word.
+bool continuesAWord(char32_t c) {
+    return (c >= U'a' && c <= U'z') || (c >= U'A' && c <= U'Z') || (c >= U'0' && c <= U'9') ||
+           (c >= 0x0400 && c <= 0x04FF);
+}
+
+/// The places where `word` stands in `text` as a word of its own, case-sensitively: "Mac" in "your
+/// Mac." but not in "Machine"; glyphs match wherever they stand.
+std::vector<std::size_t> wordOccurrences(std::string_view text, std::string_view word) {
+    const bool isGlyph = !continuesAWord(codePointAt(word, 0));
+    std::vector<std::size_t> found;
+    for (std::size_t at = text.find(word); at != std::string_view::npos; at = text.find(word, at + 1)) {
+        const bool startsAWord = at == 0 || !continuesAWord(codePointAt(text, at - 1));
+        const bool endsAWord = !continuesAWord(codePointAt(text, at + word.size()));
+        if (isGlyph || (startsAWord && endsAWord)) found.push_back(at);
+    }
+    return found;
+}
+
+// Names of the other desktop platform and its services, which the interface words the Linux way:
+// "computer", "the system", "synced folder", "file manager", "mail client", Ctrl and Alt. Russian
+// transliterations come with their case forms.
+constexpr std::string_view kOtherPlatformWords[] = {
+    "Mac", "Macs", "MacBook", "macOS", "OS X", "iCloud", "Finder", "Mail", "Apple", "⌘", "⌥",
+    "Мак", "Мака", "Маку", "Маком", "Маке", "Макбук", "айклауд", "Айклауд", "Файндер", "Эппл",
+};
+
+TEST(SettingsStringsTest, WordFinderTellsWordsFromPartsOfWords) {
+    EXPECT_EQ(wordOccurrences("Your Mac is asleep.", "Mac"), std::vector<std::size_t>{5});
+    EXPECT_TRUE(wordOccurrences("This machine and Macintosh", "Mac").empty());
+    EXPECT_TRUE(wordOccurrences("“mail” is an abbreviation", "Mail").empty());
+    EXPECT_EQ(wordOccurrences("Mail → Settings", "Mail"), std::vector<std::size_t>{0});
+    EXPECT_EQ(wordOccurrences("держать Мак активным", "Мак"), std::vector<std::size_t>{15});
+    EXPECT_TRUE(wordOccurrences("Максим", "Мак").empty());
+    EXPECT_EQ(wordOccurrences("Press ⌘C", "⌘"), std::vector<std::size_t>{6});
+}
+
+TEST(SettingsStringsTest, NoTextNamesTheOtherPlatform) {
+    for (const SettingsLanguage language : kAllSettingsLanguages) {
+        const SettingsStrings strings = SettingsStrings::make(language);
+        for (const auto& field : SettingsStrings::fields()) {
+            const std::string_view text = strings.*(field.member);
+            for (const std::string_view word : kOtherPlatformWords) {
+                EXPECT_TRUE(wordOccurrences(text, word).empty())
+                    << languageName(language) << "." << field.name << " names " << word << ": " << text;
             }
         }
     }

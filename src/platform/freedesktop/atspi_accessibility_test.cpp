@@ -260,8 +260,8 @@ TEST(AtspiAccessibilityTest, WithoutAnAccessibilityBusThereIsNoElement) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     EXPECT_EXIT(
         {
-            ::setenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent/orvantis-test-bus", 1);
-            ::setenv("XDG_RUNTIME_DIR", "/nonexistent/orvantis-runtime", 1);
+            const testing::ScopedEnv bus("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent/orvantis-test-bus");
+            const testing::ScopedEnv runtime("XDG_RUNTIME_DIR", "/nonexistent/orvantis-runtime");
             AtspiAccessibility accessibility;
             const auto start = std::chrono::steady_clock::now();
             const bool none = accessibility.focusedTextElement() == nullptr &&

@@ -13,6 +13,9 @@ namespace orvantis::freedesktop {
 
 /// The method handlers of the vtable; a friend of the service, so they reach its handlers.
 struct ClipboardBusCalls {
+    /// Room for the reply's header and the string's length and end, on top of the listing.
+    static constexpr std::size_t kReplyHeaderAllowance = 4096;
+
     static int list(sd_bus_message* call, void* userdata, sd_bus_error* error) {
         return answerListing(call, static_cast<ClipboardBusService*>(userdata), "", error);
     }
@@ -45,8 +48,19 @@ private:
             return sd_bus_error_set(error, SD_BUS_ERROR_FAILED, e.what());
         }
         if (!listing) return noHistory(error);
-        // A failure here (a listing beyond the largest message) becomes an error reply.
-        return sd_bus_reply_method_return(call, "s", listing->c_str());
+        // The reply carries the listing, its length and its end, and a header of a few hundred
+        // bytes. A message beyond the limit would fail on one side or the other of the bus; the
+        // caller is told so by name before anything that large is built.
+        if (listing->size() + kReplyHeaderAllowance > service->messageSizeLimit_) return tooLarge(*listing, error);
+        const int r = sd_bus_reply_method_return(call, "s", listing->c_str());
+        if (r == -ENOBUFS || r == -EMSGSIZE) return tooLarge(*listing, error);
+        return r;
+    }
+
+    static int tooLarge(const std::string& listing, sd_bus_error* error) {
+        const std::string message =
+            "the listing of " + std::to_string(listing.size()) + " bytes is larger than one bus message";
+        return sd_bus_error_set(error, std::string(kReplyTooLargeError).c_str(), message.c_str());
     }
 
     static int noHistory(sd_bus_error* error) {
@@ -101,6 +115,9 @@ ClipboardBusReply call(std::string_view method, std::optional<std::string_view> 
             if (r == -ETIMEDOUT) return {ClipboardBusReply::Status::Failed, "the running Orvantis did not answer in time"};
             return {ClipboardBusReply::Status::Failed, std::string("the session bus failed: ") + std::strerror(-r)};
         }
+        if (sd_bus_error_has_name(error.get(), std::string(kReplyTooLargeError).c_str())) {
+            return {ClipboardBusReply::Status::TooLarge, error.get()->message != nullptr ? error.get()->message : ""};
+        }
         const char* text = error.get()->message != nullptr ? error.get()->message : error.get()->name;
         return {ClipboardBusReply::Status::Failed, std::string("the running Orvantis answered: ") + text};
     }
@@ -115,9 +132,10 @@ ClipboardBusReply call(std::string_view method, std::optional<std::string_view> 
 }  // namespace
 
 std::unique_ptr<ClipboardBusService> ClipboardBusService::exportOn(SingleInstanceGuard& guard,
-                                                                   ClipboardBusHandlers handlers) {
+                                                                   ClipboardBusHandlers handlers,
+                                                                   std::size_t messageSizeLimit) {
     if (guard.bus_ == nullptr) return nullptr;
-    std::unique_ptr<ClipboardBusService> service(new ClipboardBusService(std::move(handlers)));
+    std::unique_ptr<ClipboardBusService> service(new ClipboardBusService(std::move(handlers), messageSizeLimit));
     if (sd_bus_add_object_vtable(guard.bus_, &service->slot_, std::string(kClipboardObjectPath).c_str(),
                                  std::string(kClipboardInterface).c_str(), kClipboardVtable, service.get()) < 0) {
         return nullptr;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstddef>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -19,6 +20,11 @@ inline constexpr std::string_view kClipboardObjectPath = "/org/orvantis/Orvantis
 inline constexpr std::string_view kClipboardInterface = "org.orvantis.Orvantis.Clipboard";
 /// The error of a call when the program runs without a clipboard history (no X display).
 inline constexpr std::string_view kNoClipboardHistoryError = "org.orvantis.Orvantis.Error.NoHistory";
+/// The error of List or Search when the listing would not fit in one bus message.
+inline constexpr std::string_view kReplyTooLargeError = "org.orvantis.Orvantis.Error.ReplyTooLarge";
+/// The largest message the D-Bus protocol carries, header included (2^27 bytes). sd-bus builds
+/// and reads nothing larger, whatever the bus daemon's own max_message_size allows.
+inline constexpr std::size_t kBusMessageSizeLimit = std::size_t{128} * 1024 * 1024;
 
 /// What the running program does for the calls. Plain functions, so that this backend never
 /// sees the history's own types. Both are called on the main thread, inside processBus().
@@ -38,21 +44,27 @@ struct ClipboardBusHandlers {
 ///     Clear()                 empties the history, pinned entries too, and removes its file
 ///
 /// A handler answering "no history" gives the error org.orvantis.Orvantis.Error.NoHistory;
+/// a listing that, with the reply's header, would exceed `messageSizeLimit` gives
+/// org.orvantis.Orvantis.Error.ReplyTooLarge, so the caller can turn to the snapshot file;
 /// anything a handler throws becomes org.freedesktop.DBus.Error.Failed. Calls are served when
 /// the guard's processBus() runs. Destroy it before the guard. Main thread only.
 class ClipboardBusService {
 public:
     /// The exported object, or null when the guard has no bus connection or the export fails.
-    static std::unique_ptr<ClipboardBusService> exportOn(SingleInstanceGuard& guard, ClipboardBusHandlers handlers);
+    /// `messageSizeLimit` is the bus's largest message; tests make it small.
+    static std::unique_ptr<ClipboardBusService> exportOn(SingleInstanceGuard& guard, ClipboardBusHandlers handlers,
+                                                         std::size_t messageSizeLimit = kBusMessageSizeLimit);
     ~ClipboardBusService();
     ClipboardBusService(const ClipboardBusService&) = delete;
     ClipboardBusService& operator=(const ClipboardBusService&) = delete;
 
 private:
-    explicit ClipboardBusService(ClipboardBusHandlers handlers) : handlers_(std::move(handlers)) {}
+    ClipboardBusService(ClipboardBusHandlers handlers, std::size_t messageSizeLimit)
+        : handlers_(std::move(handlers)), messageSizeLimit_(messageSizeLimit) {}
     friend struct ClipboardBusCalls;
 
     ClipboardBusHandlers handlers_;
+    std::size_t messageSizeLimit_;
     sd_bus_slot* slot_ = nullptr;  ///< owned; dropping it withdraws the object
 };
 
@@ -62,6 +74,7 @@ struct ClipboardBusReply {
         Answered,    ///< `text` holds the reply (empty for Clear)
         NotRunning,  ///< no session bus, or nobody owns the name: read the file instead
         Failed,      ///< the program runs but the call failed; `text` says why
+        TooLarge,    ///< the listing does not fit in one bus message: read the file instead
     };
     Status status = Status::NotRunning;
     std::string text;

@@ -34,7 +34,7 @@ protected:
         if (guard_->mechanism() != SingleInstanceGuard::Mechanism::SessionBus) GTEST_SKIP() << "session bus unusable";
     }
 
-    void exportObject() {
+    void exportObject(std::size_t messageSizeLimit = kBusMessageSizeLimit) {
         ClipboardBusHandlers handlers;
         handlers.list = [this](std::string_view search) -> std::optional<std::string> {
             searches_.emplace_back(search);
@@ -45,7 +45,7 @@ protected:
             ++clears_;
             return hasHistory_;
         };
-        service_ = ClipboardBusService::exportOn(*guard_, std::move(handlers));
+        service_ = ClipboardBusService::exportOn(*guard_, std::move(handlers), messageSizeLimit);
         ASSERT_NE(service_, nullptr);
     }
 
@@ -92,6 +92,21 @@ TEST_F(ClipboardBusLiveTest, AMegabyteListingGoesThroughWhole) {
     const auto reply = serveWhile([this] { return listRunningClipboard(std::nullopt, 2000ms, busName_); });
     EXPECT_EQ(reply.status, ClipboardBusReply::Status::Answered);
     EXPECT_EQ(reply.text.size(), listing_.size());
+}
+
+TEST_F(ClipboardBusLiveTest, AListingBeyondTheMessageLimitIsRefusedByName) {
+    exportObject(64 * 1024);
+    listing_ = "[\"" + std::string(64 * 1024, 'x') + "\"]";
+    const auto list = serveWhile([this] { return listRunningClipboard(std::nullopt, 2000ms, busName_); });
+    EXPECT_EQ(list.status, ClipboardBusReply::Status::TooLarge);
+    EXPECT_NE(list.text.find(std::to_string(listing_.size()) + " bytes"), std::string::npos) << list.text;
+    const auto search = serveWhile([this] { return listRunningClipboard("x", 2000ms, busName_); });
+    EXPECT_EQ(search.status, ClipboardBusReply::Status::TooLarge);
+    // A listing well within the limit still goes through.
+    listing_ = "[\"" + std::string(32 * 1024, 'x') + "\"]";
+    const auto small = serveWhile([this] { return listRunningClipboard(std::nullopt, 2000ms, busName_); });
+    EXPECT_EQ(small.status, ClipboardBusReply::Status::Answered);
+    EXPECT_EQ(small.text, listing_);
 }
 
 TEST_F(ClipboardBusLiveTest, ClearCallsTheHandler) {

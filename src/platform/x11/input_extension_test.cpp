@@ -2,9 +2,10 @@
 
 #include <chrono>
 #include <cstdlib>
-#include <string>
 
 #include <gtest/gtest.h>
+
+#include "testing/test_support.h"
 
 #include <X11/Xlib.h>
 
@@ -23,11 +24,8 @@ TEST(InputExtensionTest, MalformedDisplayNameAnswersFalse) {
 }
 
 TEST(InputExtensionTest, EmptyNameWithoutDisplayVariableAnswersFalse) {
-    const char* saved = std::getenv("DISPLAY");
-    const std::string previous = saved ? saved : "";
-    unsetenv("DISPLAY");
+    const testing::ScopedEnv display("DISPLAY", nullptr);
     EXPECT_FALSE(hasInputExtension());
-    if (saved) setenv("DISPLAY", previous.c_str(), 1);
 }
 
 TEST(InputExtensionTest, RunningServerOffersTheExtension) {

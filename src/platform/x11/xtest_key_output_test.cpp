@@ -5,7 +5,9 @@
 #include <chrono>
 #include <string>
 #include <thread>
+#include <vector>
 
+#include "platform/key_output.h"
 #include "platform/x11/key_positions.h"
 #include "platform/x11/x11_test_support.h"
 
@@ -98,6 +100,58 @@ TEST(XTestKeyOutputTest, LiveSessionReleasesAModifierHeldThroughoutAndPressesItA
         EXPECT_TRUE(keyDown(display, shift));
         XTestFakeKeyEvent(display, shift, False, 0);
         XSync(display, False);
+    }
+    XCloseDisplay(display);
+}
+
+// The user still holds Shift when the program copies: the copy key arrives as Ctrl+C, not
+// Ctrl+Shift+C (which a terminal reads as its own copy and an editor as something else), and the
+// user's Shift is down again afterwards.
+TEST(XTestKeyOutputTest, LiveSessionCopiesWithPlainCtrlWhileTheUserHoldsShift) {
+    auto output = XTestKeyOutput::open();
+    Display* display = XOpenDisplay(nullptr);
+    if (!output || display == nullptr) GTEST_SKIP() << "no X display";
+    const unsigned int c = XKeysymToKeycode(display, XK_c);
+    {
+        testing::RecordingWindow window(display);
+        XkbLockGroup(display, XkbUseCoreKbd, 0);
+        testing::HeldKey shift(display, XK_Shift_L);
+        output->copy();
+        // Shift (the user's), Ctrl, C, and Shift pressed again for the user.
+        const auto presses = window.presses(4);
+        std::vector<unsigned int> statesOfC;
+        for (const auto& press : presses) {
+            if (press.keycode == c) statesOfC.push_back(testing::coreModifiers(press.state));
+        }
+        EXPECT_EQ(statesOfC, std::vector<unsigned int>{ControlMask}) << "C arrives once, with Control alone";
+        EXPECT_TRUE(shift.isDown()) << "the user's Shift is not down again after the copy";
+        ASSERT_FALSE(presses.empty());
+        EXPECT_EQ(presses.back().keycode, shift.keycode()) << "the last press is the user's Shift, pressed again";
+    }
+    XCloseDisplay(display);
+}
+
+// The user still holds Super when the program sends Return: Return arrives without Super (a
+// window manager would otherwise take Super+Return for itself), and Super is down again after.
+TEST(XTestKeyOutputTest, LiveSessionSendsAPlainKeyWithoutTheSuperTheUserHolds) {
+    auto output = XTestKeyOutput::open();
+    Display* display = XOpenDisplay(nullptr);
+    if (!output || display == nullptr) GTEST_SKIP() << "no X display";
+    const unsigned int returnKey = XKeysymToKeycode(display, XK_Return);
+    {
+        testing::RecordingWindow window(display);
+        XkbLockGroup(display, XkbUseCoreKbd, 0);
+        testing::HeldKey super(display, XK_Super_L);
+        ASSERT_TRUE(super.isDown());
+        output->postKey(platform::key_code::kReturn, 0);
+        // Super (the user's), Return, and Super pressed again for the user.
+        const auto presses = window.presses(3);
+        std::vector<unsigned int> statesOfReturn;
+        for (const auto& press : presses) {
+            if (press.keycode == returnKey) statesOfReturn.push_back(testing::coreModifiers(press.state));
+        }
+        EXPECT_EQ(statesOfReturn, std::vector<unsigned int>{0u}) << "Return arrives once, with no modifier";
+        EXPECT_TRUE(super.isDown()) << "the user's Super is not down again after the key";
     }
     XCloseDisplay(display);
 }
