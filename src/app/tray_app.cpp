@@ -44,6 +44,7 @@
 #include "platform/text_element.h"
 #include "platform/x11/input_extension.h"
 #include "platform/x11/x11_applications.h"
+#include "platform/x11/x11_clipboard.h"
 #include "platform/x11/x11_display.h"
 #include "platform/x11/x11_event_tap.h"
 #include "platform/x11/x11_permissions.h"
@@ -51,7 +52,6 @@
 #include "platform/x11/xtest_key_output.h"
 #include "ui/clipboard_history_popup.h"
 #include "ui/menu_bar_controller.h"
-#include "ui/qt_pasteboard.h"
 #include "ui/qt_translation_popup.h"
 #include "ui/translation_popup_controller.h"
 #include "ui/qt_main_loop.h"
@@ -208,13 +208,19 @@ void AppDelegate::startKeyboardWatching() {
 
 void AppDelegate::createDesktopServices() {
     if (!applications_) applications_ = x11::X11Applications::open();
-    if (!pasteboard_) pasteboard_ = std::make_unique<ui::QtPasteboard>();
+    if (!pasteboard_ && (pasteboard_ = x11::X11Clipboard::open(nullptr, loop_, &logger_.log().clipboard))) {
+        pasteboardWatch_ = std::make_unique<QSocketNotifier>(pasteboard_->fileDescriptor(), QSocketNotifier::Read);
+        QObject::connect(pasteboardWatch_.get(), &QSocketNotifier::activated, pasteboardWatch_.get(), [this] {
+            pasteboard_->dispatchPending();
+            if (pasteboard_->connectionLost()) pasteboardWatch_->setEnabled(false);
+        });
+    }
     if (!accessibility_) accessibility_ = std::make_unique<freedesktop::AtspiAccessibility>(&logger_.log().app);
 }
 
 void AppDelegate::createClipboardHistory() {
     createDesktopServices();
-    if (!applications_) {
+    if (!applications_ || !pasteboard_) {
         logger_.log().clipboard.warning("clipboard: no X display; the clipboard history is off");
         return;
     }
@@ -247,8 +253,8 @@ void AppDelegate::createClipboardPopup() {
 
 void AppDelegate::createTranslator() {
     createDesktopServices();
-    if (!applications_) return;
-    selectionKeys_ = std::make_unique<SelectionKeyOutput>(*keyOutput_, *pasteboard_);
+    if (!applications_ || !pasteboard_) return;
+    selectionKeys_ = std::make_unique<SelectionKeyOutput>(*keyOutput_, *pasteboard_, *pasteboard_);
     pointer_ = std::make_unique<ui::QtPointer>();
     httpClient_ = std::make_unique<curl::CurlHttpClient>(loop_);
     translationService_ = std::make_unique<TranslationService>(*httpClient_, loop_, logger_.log().translate,

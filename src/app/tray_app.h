@@ -28,6 +28,7 @@ class TranslationService;
 class TransliterationMap;
 }  // namespace orvantis
 namespace orvantis::x11 {
+class X11Clipboard;
 class X11EventTap;
 class X11Permissions;
 class XkbInputSources;
@@ -49,7 +50,6 @@ class SerialQueue;
 namespace orvantis::ui {
 class ClipboardPopupController;
 class MenuBarController;
-class QtPasteboard;
 class TranslationPopupController;
 }
 
@@ -121,7 +121,8 @@ private:
     std::unique_ptr<TextSwitchCoordinator> textSwitchCoordinator_;
     // The translator.
     std::unique_ptr<platform::Applications> applications_;
-    std::unique_ptr<ui::QtPasteboard> pasteboard_;
+    std::unique_ptr<x11::X11Clipboard> pasteboard_;
+    std::unique_ptr<QSocketNotifier> pasteboardWatch_;
     std::unique_ptr<platform::KeyOutput> selectionKeys_;
     std::unique_ptr<platform::Pointer> pointer_;
     std::unique_ptr<platform::HttpClient> httpClient_;
