@@ -278,6 +278,34 @@ TEST_F(X11ClipboardLiveTest, AMegabyteGoesOutAndComesInInPieces) {
     EXPECT_TRUE(*in == big + "y");
 }
 
+TEST_F(X11ClipboardLiveTest, AMegabyteOfAnotherX11ClipboardComesInPieces) {
+    // Both ends of the transfer in pieces are ours: another clipboard, in a child process.
+    std::string big = "piece by piece\n";
+    big.append(1024 * 1024, 'z');
+    const auto before = clipboard_->changeCount();
+    const pid_t child = ::fork();
+    if (child == 0) {
+        sim::VirtualMainLoop loop;
+        auto other = X11Clipboard::open(nullptr, loop, nullptr);
+        if (!other) ::_exit(1);
+        other->write(platform::PasteboardItem::text(big));
+        for (;;) {
+            pollfd descriptor{other->fileDescriptor(), POLLIN, 0};
+            ::poll(&descriptor, 1, 100);
+            other->dispatchPending();
+            loop.runUntilIdle();
+        }
+    }
+    ASSERT_GT(child, 0);
+    EXPECT_TRUE(dispatchUntil([&] { return clipboard_->changeCount() > before; }));
+    const std::optional<std::string> in = clipboard_->text();
+    ::kill(child, SIGTERM);
+    ::waitpid(child, nullptr, 0);
+    ASSERT_TRUE(in.has_value());
+    EXPECT_EQ(in->size(), big.size());
+    EXPECT_TRUE(*in == big);
+}
+
 TEST_F(X11ClipboardLiveTest, TheTargetsAnswerListsEveryTypeAndASecretCarriesBothMarkers) {
     platform::PasteboardItem item = platform::PasteboardItem::text("hunter2");
     item.representations.emplace_back(std::string(type::kConcealed), std::string("\x01", 1));
