@@ -208,12 +208,16 @@ void AppDelegate::startKeyboardWatching() {
 
 void AppDelegate::createDesktopServices() {
     if (!applications_) applications_ = x11::X11Applications::open();
-    if (!pasteboard_ && (pasteboard_ = x11::X11Clipboard::open(nullptr, loop_, &logger_.log().clipboard))) {
-        pasteboardWatch_ = std::make_unique<QSocketNotifier>(pasteboard_->fileDescriptor(), QSocketNotifier::Read);
-        QObject::connect(pasteboardWatch_.get(), &QSocketNotifier::activated, pasteboardWatch_.get(), [this] {
-            pasteboard_->dispatchPending();
-            if (pasteboard_->connectionLost()) pasteboardWatch_->setEnabled(false);
-        });
+    if (!pasteboard_) {
+        // The clipboard's own connection, read whenever the server has something for it.
+        pasteboard_ = x11::X11Clipboard::open(nullptr, loop_, &logger_.log().clipboard);
+        if (pasteboard_) {
+            pasteboardWatch_ = std::make_unique<QSocketNotifier>(pasteboard_->fileDescriptor(), QSocketNotifier::Read);
+            QObject::connect(pasteboardWatch_.get(), &QSocketNotifier::activated, pasteboardWatch_.get(), [this] {
+                pasteboard_->dispatchPending();
+                if (pasteboard_->connectionLost()) pasteboardWatch_->setEnabled(false);
+            });
+        }
     }
     if (!accessibility_) accessibility_ = std::make_unique<freedesktop::AtspiAccessibility>(&logger_.log().app);
 }
