@@ -129,7 +129,8 @@ private:
                 for (const auto& [t, bytes] : targets) {
                     if (t != targetName) continue;
                     XChangeProperty(display, request.requestor, request.property, request.target, 8, PropModeReplace,
-                                    reinterpret_cast<const unsigned char*>(bytes.data()), static_cast<int>(bytes.size()));
+                                    reinterpret_cast<const unsigned char*>(bytes.data()),
+                                    static_cast<int>(bytes.size()));
                     reply.property = request.property;
                 }
             }
@@ -254,7 +255,8 @@ TEST_F(X11ClipboardLiveTest, OurTextReachesAnotherClientAndIsCountedOnceWithoutA
     clipboard_->write(platform::PasteboardItem::text("наш текст"));
     EXPECT_EQ(clipboard_->changeCount(), before + 1);
     EXPECT_EQ(runServing({"xclip", "-selection", "clipboard", "-o"}), "наш текст");
-    EXPECT_EQ(runServing({"xclip", "-selection", "clipboard", "-t", "text/plain;charset=utf-8", "-o"}), "наш текст");
+    EXPECT_EQ(runServing({"xclip", "-selection", "clipboard", "-t", "text/plain;charset=utf-8", "-o"}),
+              "наш текст");
     // Our own claim's notice has come and gone by now: neither counted again nor told of.
     dispatch();
     EXPECT_EQ(clipboard_->changeCount(), before + 1);
@@ -350,7 +352,8 @@ TEST_F(X11ClipboardLiveTest, ASecretsTextIsNeverAskedForWhenOnlyItsMarkersAreRea
              {std::string(type::kConcealed), std::string("\x01", 1)},
              {std::string(type::kPasswordManagerHint), "secret"}}) {
         const auto before = clipboard_->changeCount();
-        ForeignOwner owner(ForeignOwner::Targets{{"UTF8_STRING", "hunter2"}, {"text/plain", "hunter2"}, {marker, value}});
+        ForeignOwner owner(
+            ForeignOwner::Targets{{"UTF8_STRING", "hunter2"}, {"text/plain", "hunter2"}, {marker, value}});
         ASSERT_NE(owner.window(), 0u);
         ASSERT_TRUE(dispatchUntil([&] { return clipboard_->changeCount() > before; }));
         // What the clipboard monitor asks first.
