@@ -1,17 +1,15 @@
 #include "app/selection_key_output.h"
 
-#include "ui/qt_pasteboard.h"
-
 namespace orvantis::app {
 
 void SelectionKeyOutput::copy() {
-    const std::optional<std::string> selected = pasteboard_.selectionText();
+    const std::optional<std::string> selected = selection_.selectionText();
     if (!selected || selected->empty()) return;
     pasteboard_.write(platform::PasteboardItem::text(*selected));
 }
 
 void SelectionKeyOutput::paste() {
-    if (const std::optional<std::string> text = pasteboard_.text()) pasteboard_.setSelectionText(*text);
+    if (const std::optional<std::string> text = pasteboard_.text()) selection_.setSelectionText(*text);
     keys_.postKey(platform::key_code::kHelp, platform::key_flags::kShift);
 }
 

@@ -4,10 +4,7 @@
 #include <string_view>
 
 #include "platform/key_output.h"
-
-namespace orvantis::ui {
-class QtPasteboard;
-}
+#include "platform/pasteboard.h"
 
 namespace orvantis::app {
 
@@ -16,11 +13,12 @@ namespace orvantis::app {
 /// Copying takes what is selected in any application (the PRIMARY selection, which X
 /// applications set as the user selects) onto the clipboard; pasting puts the clipboard's text
 /// into the selection as well and presses Shift+Insert, which pastes in terminals and in
-/// toolkit applications alike. Every other key goes to `keys` as it is. Borrows both, which
-/// must outlive it. Main thread only.
+/// toolkit applications alike. Every other key goes to `keys` as it is. Borrows all three,
+/// which must outlive it. Main thread only.
 class SelectionKeyOutput final : public platform::KeyOutput {
 public:
-    SelectionKeyOutput(platform::KeyOutput& keys, ui::QtPasteboard& pasteboard) : keys_(keys), pasteboard_(pasteboard) {}
+    SelectionKeyOutput(platform::KeyOutput& keys, platform::Pasteboard& clipboard, platform::TextSelection& selection)
+        : keys_(keys), pasteboard_(clipboard), selection_(selection) {}
 
     void postKey(std::uint16_t virtualKey, std::uint64_t flags) override { keys_.postKey(virtualKey, flags); }
     void typeText(std::string_view utf8) override { keys_.typeText(utf8); }
@@ -30,7 +28,8 @@ public:
 
 private:
     platform::KeyOutput& keys_;
-    ui::QtPasteboard& pasteboard_;
+    platform::Pasteboard& pasteboard_;
+    platform::TextSelection& selection_;
 };
 
 }  // namespace orvantis::app

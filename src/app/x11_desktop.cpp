@@ -13,13 +13,13 @@
 #include "platform/freedesktop/desktop_entries.h"
 #include "platform/freedesktop/os_release.h"
 #include "platform/x11/x11_applications.h"
+#include "platform/x11/x11_clipboard.h"
 #include "platform/x11/x11_event_tap.h"
 #include "platform/x11/x11_permissions.h"
 #include "platform/x11/xkb_input_sources.h"
 #include "platform/x11/xtest_key_output.h"
 #include "ui/clipboard_history_popup.h"
 #include "ui/keyboard_grab.h"
-#include "ui/qt_pasteboard.h"
 #include "ui/qt_translation_popup.h"
 #include "ui/translation_popup_controller.h"
 
@@ -38,14 +38,13 @@ X11Desktop::X11Desktop(AppLogger& logger, platform::MainLoop& loop) : loop_(loop
     applications_ = x11::X11Applications::open();
     if (!applications_) return;  // no display: nothing below would work either
     services_.applications = applications_.get();
-    pasteboard_ = std::make_unique<ui::QtPasteboard>();
-    services_.pasteboard = pasteboard_.get();
+    openClipboard(logger);
     pointer_ = std::make_unique<ui::QtPointer>();
     services_.pointer = pointer_.get();
     httpClient_ = std::make_unique<curl::CurlHttpClient>(loop_);
     services_.httpClient = httpClient_.get();
-    if (keyOutput_) {
-        selectionKeys_ = std::make_unique<SelectionKeyOutput>(*keyOutput_, *pasteboard_);
+    if (keyOutput_ && pasteboard_) {
+        selectionKeys_ = std::make_unique<SelectionKeyOutput>(*keyOutput_, *pasteboard_, *pasteboard_);
         services_.selectionKeys = selectionKeys_.get();
     }
 
@@ -92,11 +91,24 @@ void X11Desktop::openKeyboard(AppLogger& logger) {
     services_.inputSources = inputSources_.get();
 }
 
+void X11Desktop::openClipboard(AppLogger& logger) {
+    pasteboard_ = x11::X11Clipboard::open(nullptr, loop_, &logger.log().clipboard);
+    if (!pasteboard_) return;
+    // The clipboard's own connection, read whenever the server has something for it.
+    pasteboardWatch_ = std::make_unique<QSocketNotifier>(pasteboard_->fileDescriptor(), QSocketNotifier::Read);
+    QObject::connect(pasteboardWatch_.get(), &QSocketNotifier::activated, pasteboardWatch_.get(), [this] {
+        pasteboard_->dispatchPending();
+        if (pasteboard_->connectionLost()) pasteboardWatch_->setEnabled(false);
+    });
+    services_.pasteboard = pasteboard_.get();
+}
+
 X11Desktop::~X11Desktop() {
     // The popups' controllers and the watch go before the backends they use.
     clipboardPopupController_.reset();
     translationPopupController_.reset();
     eventTapWatch_.reset();
+    pasteboardWatch_.reset();
 }
 
 }  // namespace orvantis::app

@@ -17,6 +17,7 @@ class MainLoop;
 class Pointer;
 }  // namespace orvantis::platform
 namespace orvantis::x11 {
+class X11Clipboard;
 class X11EventTap;
 class X11Permissions;
 class XkbInputSources;
@@ -27,15 +28,15 @@ class DesktopEntries;
 }
 namespace orvantis::ui {
 class ClipboardPopupController;
-class QtPasteboard;
 class TranslationPopupController;
 }  // namespace orvantis::ui
 
 namespace orvantis::app {
 
 /// The X11 desktop of the running program: the keyboard through XInput 2, XTest and XKB, the
-/// text of other applications through the accessibility bus, the frontmost window, the
-/// clipboard and the pointer through Qt, and the network through libcurl. Owns every backend
+/// text of other applications through the accessibility bus, the frontmost window and the
+/// clipboard and selection through connections of their own, the pointer through Qt, and the
+/// network through libcurl. Owns every backend
 /// and hands them out as DesktopServices; the tap's connection is watched on the Qt event loop.
 /// Made once by the process entry before the launch sequence, destroyed after the end sequence;
 /// main thread only.
@@ -52,6 +53,7 @@ public:
 
 private:
     void openKeyboard(AppLogger& logger);
+    void openClipboard(AppLogger& logger);
 
     platform::MainLoop& loop_;
     std::unique_ptr<x11::X11EventTap> eventTap_;
@@ -61,7 +63,8 @@ private:
     std::unique_ptr<platform::Accessibility> accessibility_;
     std::unique_ptr<QSocketNotifier> eventTapWatch_;
     std::unique_ptr<platform::Applications> applications_;
-    std::unique_ptr<ui::QtPasteboard> pasteboard_;
+    std::unique_ptr<x11::X11Clipboard> pasteboard_;
+    std::unique_ptr<QSocketNotifier> pasteboardWatch_;
     std::unique_ptr<platform::KeyOutput> selectionKeys_;
     std::unique_ptr<platform::Pointer> pointer_;
     std::unique_ptr<platform::HttpClient> httpClient_;

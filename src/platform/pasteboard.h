@@ -1,11 +1,14 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
+
+#include "platform/subscription.h"
 
 namespace orvantis::platform {
 
@@ -66,6 +69,27 @@ public:
     virtual void write(const PasteboardItem& item) = 0;
     /// The text of the first item, or nullopt.
     std::optional<std::string> text() const { return data(pasteboard_type::kText); }
+
+    /// Whether onChange() tells of changes. A backend that can't (the default) is polled.
+    virtual bool reportsChanges() const { return false; }
+    /// Called on the main thread, in a turn of its own, soon after the change count has risen
+    /// for a write of another application (the program's own writes are counted at once and
+    /// told of by no notice). Without reportsChanges() the callback is never called.
+    [[nodiscard]] virtual Subscription onChange(std::function<void()> callback) {
+        (void)callback;
+        return {};
+    }
+};
+
+/// The desktop's other selection, where it has one: on X11 the PRIMARY selection, whatever is
+/// selected in any application, without a copy. Main thread only.
+class TextSelection {
+public:
+    virtual ~TextSelection() = default;
+    /// The selected text, or nullopt when none is made or it can't be read.
+    virtual std::optional<std::string> selectionText() const = 0;
+    /// Makes `utf8` the selection; does nothing where the desktop has no selection.
+    virtual void setSelectionText(std::string_view utf8) = 0;
 };
 
 }  // namespace orvantis::platform

@@ -1,7 +1,6 @@
 #include "ui/qt_pasteboard.h"
 
 #include <algorithm>
-#include <array>
 #include <utility>
 
 #include <QClipboard>
@@ -9,25 +8,12 @@
 #include <QMimeData>
 #include <QObject>
 
+#include "platform/pasteboard_types.h"
+
 namespace orvantis::ui {
 namespace {
 
 namespace type = platform::pasteboard_type;
-
-struct Mapping {
-    std::string_view type;
-    std::array<std::string_view, 3> mimes;  // the preferred first; empty entries unused
-};
-
-constexpr std::array<Mapping, 7> kMappings{{
-    {type::kText, {"text/plain;charset=utf-8", "UTF8_STRING", "text/plain"}},
-    {type::kFileURL, {"text/uri-list", "", ""}},
-    {type::kPNG, {"image/png", "", ""}},
-    {type::kTIFF, {"image/tiff", "", ""}},
-    {type::kJPEG, {"image/jpeg", "", ""}},
-    {type::kHTML, {"text/html", "", ""}},
-    {type::kRTF, {"text/rtf", "application/rtf", ""}},
-}};
 
 const QMimeData* currentData() {
     const QClipboard* clipboard = QGuiApplication::clipboard();
@@ -38,25 +24,10 @@ std::string toStd(const QByteArray& bytes) { return std::string(bytes.constData(
 
 }  // namespace
 
-std::string QtPasteboard::typeForMime(std::string_view mime) {
-    for (const Mapping& mapping : kMappings) {
-        for (std::string_view candidate : mapping.mimes)
-            if (!candidate.empty() && candidate == mime) return std::string(mapping.type);
-    }
-    // Other text MIME names with a charset ("text/plain;charset=UTF-8") are text as well.
-    if (mime.starts_with("text/plain")) return std::string(type::kText);
-    return std::string(mime);
-}
+std::string QtPasteboard::typeForMime(std::string_view mime) { return platform::typeForMime(mime); }
 
 std::vector<std::string> QtPasteboard::mimesForType(std::string_view typeName) {
-    for (const Mapping& mapping : kMappings) {
-        if (mapping.type != typeName) continue;
-        std::vector<std::string> mimes;
-        for (std::string_view mime : mapping.mimes)
-            if (!mime.empty()) mimes.emplace_back(mime);
-        return mimes;
-    }
-    return {std::string(typeName)};
+    return platform::mimesForType(typeName);
 }
 
 QtPasteboard::QtPasteboard() : context_(std::make_unique<QObject>()) {

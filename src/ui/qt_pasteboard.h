@@ -20,7 +20,7 @@ namespace orvantis::ui {
 /// concealed type and the password-manager hint "secret". Qt takes a selection with the time of
 /// the last X event it handled; it hears of every change of owner, so only a write made before
 /// Qt has handled another client's fresh claim loses to it. Main thread only.
-class QtPasteboard final : public platform::Pasteboard {
+class QtPasteboard final : public platform::Pasteboard, public platform::TextSelection {
 public:
     QtPasteboard();
     ~QtPasteboard() override;
@@ -35,9 +35,9 @@ public:
 
     /// The text of the current selection (on X11 the PRIMARY selection: whatever is selected
     /// in any application), or nullopt where the desktop has no such selection or none is made.
-    std::optional<std::string> selectionText() const;
+    std::optional<std::string> selectionText() const override;
     /// Makes `utf8` the current selection, where the desktop has one.
-    void setSelectionText(std::string_view utf8);
+    void setSelectionText(std::string_view utf8) override;
 
     /// The core's name for a MIME type ("text/uri-list" is the file URL type).
     static std::string typeForMime(std::string_view mime);

@@ -7,9 +7,8 @@
 #     - the same, and once the synonyms have come, Tab and Return: "titleUser".
 #     - Esc while the translation is still loading: the popup closes, the text stays.
 #     - Super+Alt+X on "пользователя": one translation, "of the user", and Return takes it.
-#   xterm: a terminal has no accessibility: the selection (PRIMARY) goes the clipboard route,
-#     also when another program took the clipboard just before, and Return pastes "userName"
-#     into the terminal.
+#   xterm: a terminal has no accessibility: the selection (PRIMARY) goes the clipboard route
+#     and Return pastes "userName" into the terminal.
 # Screenshots: translator-<mode>-loading.png, translator-<mode>-names.png.
 # shellcheck source-path=SCRIPTDIR source=e2e_lib.sh
 source "$(dirname "$0")/e2e_lib.sh"
@@ -100,9 +99,6 @@ if [[ $mode == xterm ]]; then
   terminal=$(mapped_window --class XTerm)
   [[ -n $terminal ]] || fail "no terminal window"
   focus_window "$terminal" || fail "the terminal took no focus"
-  sleep 0.3
-  # Another program has just put something else on the clipboard: what is selected wins.
-  printf 'stale clipboard text' | xclip -selection clipboard -i
   sleep 0.3
   # A triple click selects the first line.
   xdotool mousemove 20 8 click --repeat 3 --delay 80 1

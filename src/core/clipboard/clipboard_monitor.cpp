@@ -78,10 +78,19 @@ ClipboardMonitor::~ClipboardMonitor() = default;
 void ClipboardMonitor::start() {
     if (timer_.isActive()) return;
     lastChangeCount_ = pasteboard_.changeCount();
-    timer_ = loop_.every(kPollInterval, [this] { tick(); });
+    if (pasteboard_.reportsChanges()) {
+        // Each copy is taken up as soon as it is told of; the poll only catches a lost notice.
+        changeNotices_ = pasteboard_.onChange([this] { tick(); });
+        timer_ = loop_.every(kSafetyNetPollInterval, [this] { tick(); });
+    } else {
+        timer_ = loop_.every(kPollInterval, [this] { tick(); });
+    }
 }
 
-void ClipboardMonitor::stop() { timer_.cancel(); }
+void ClipboardMonitor::stop() {
+    timer_.cancel();
+    changeNotices_.reset();
+}
 
 void ClipboardMonitor::flushPersistence() { persistence_->flush(); }
 

@@ -27,8 +27,10 @@ class LogCategory;
 
 /// Watches the system pasteboard and feeds the clipboard history.
 ///
-/// Every 0.5 s (from start() to stop()) it compares the pasteboard's change count with the one
-/// it last saw. Only a change costs more than that integer read: then the settings, the
+/// From start() to stop() it compares the pasteboard's change count with the one it last saw:
+/// every 0.5 s on a pasteboard that can't report changes, and at once on each change notice
+/// of one that can, which is then polled only every 5 s as a safety net. Only a change of the
+/// count costs more than that integer read: then the settings, the
 /// focused element and the frontmost application decide whether the content may enter the
 /// history, and buildItem() turns it into a record. A content is dealt with once, whatever
 /// was decided: secret content (the concealed type, the password manager hint, a password
@@ -41,7 +43,11 @@ class LogCategory;
 /// turn of the main loop either way. Created by the composition root; main thread only.
 class ClipboardMonitor {
 public:
+    /// The poll of a pasteboard that can't report changes.
     static constexpr std::chrono::milliseconds kPollInterval{500};
+    /// The poll of a pasteboard that reports changes: only a safety net for a lost notice, rare
+    /// enough that an idle program seldom wakes.
+    static constexpr std::chrono::milliseconds kSafetyNetPollInterval{5000};
     static constexpr std::string_view kDefaultEmoji = "\U0001F4CB";   // 📋
     static constexpr std::string_view kFileEmoji = "\U0001F4C4";      // 📄
     static constexpr std::string_view kImageEmoji = "\U0001F5BC\uFE0F";  // 🖼️
@@ -59,9 +65,10 @@ public:
     ClipboardMonitor(const ClipboardMonitor&) = delete;
     ClipboardMonitor& operator=(const ClipboardMonitor&) = delete;
 
-    /// Starts polling, taking the current change count as seen. Does nothing while polling.
+    /// Starts watching, taking the current change count as seen: the poll, and the change
+    /// notices when the pasteboard reports changes. Does nothing while watching.
     void start();
-    /// Stops polling.
+    /// Stops the poll and the notices.
     void stop();
     /// Puts a save that is still waiting on disk now; for the end of the program.
     void flushPersistence();
@@ -73,7 +80,7 @@ public:
     /// Removes the snapshot file (persistence turned off, history cleared).
     void deletePersistedHistory();
 
-    /// One poll; the timer calls it every 0.5 s.
+    /// One poll; the timer and each change notice call it.
     void tick();
 
     /// The record for what lies on `pasteboard`, or nullopt when nothing may or can be kept:
@@ -119,6 +126,7 @@ private:
     std::unique_ptr<ClipboardPersistence> persistence_;
     std::int64_t lastChangeCount_ = 0;
     platform::TimerHandle timer_;
+    Subscription changeNotices_;
     CallbackList<> historyChanged_;
     Subscription historySubscription_;
     /// Held weakly by tasks posted to the loop, which do nothing once the monitor is gone.

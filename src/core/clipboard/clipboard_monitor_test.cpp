@@ -146,6 +146,70 @@ TEST_F(ClipboardMonitorTest, StartTwiceKeepsOneTimerAndStopEndsPolling) {
     EXPECT_EQ(previews(), (Strings{"a"}));
 }
 
+// --- Change notices ------------------------------------------------------------------------
+
+TEST_F(ClipboardMonitorTest, APasteboardThatCantReportChangesIsStillPolledEveryHalfSecond) {
+    ASSERT_FALSE(pasteboard_.reportsChanges());
+    started();
+    copyText("polled");
+    loop_.runUntilIdle();
+    loop_.runFor(499ms);
+    EXPECT_TRUE(monitor().history().isEmpty());
+    loop_.runFor(1ms);
+    EXPECT_EQ(previews(), (Strings{"polled"}));
+}
+
+TEST_F(ClipboardMonitorTest, AReportedChangeIsCapturedWithNoTimePassing) {
+    pasteboard_.reportChangesOn(&loop_);
+    started();
+    copyText("told of");
+    loop_.runUntilIdle();
+    EXPECT_EQ(previews(), (Strings{"told of"}));
+    EXPECT_EQ(monitor().lastChangeCount(), pasteboard_.changeCount());
+}
+
+TEST_F(ClipboardMonitorTest, TwoCopiesInQuickSuccessionAreBothCapturedWhenChangesAreReported) {
+    pasteboard_.reportChangesOn(&loop_);
+    started();
+    copyText("first");
+    loop_.runUntilIdle();
+    copyText("second");
+    loop_.runUntilIdle();
+    EXPECT_EQ(previews(), (Strings{"second", "first"}));
+}
+
+TEST_F(ClipboardMonitorTest, WithReportedChangesThePollIsOnlyASafetyNet) {
+    pasteboard_.reportChangesOn(&loop_);
+    started();
+    // A change the notice of which was lost: the count rose, no notice came.
+    pasteboard_.reportChangesOn(nullptr);
+    copyText("notice lost");
+    loop_.runFor(ClipboardMonitor::kSafetyNetPollInterval - 1ms);
+    EXPECT_TRUE(monitor().history().isEmpty());
+    loop_.runFor(1ms);
+    EXPECT_EQ(previews(), (Strings{"notice lost"}));
+}
+
+TEST_F(ClipboardMonitorTest, TheProgramsOwnAcknowledgedWriteStaysOutWhenChangesAreReported) {
+    pasteboard_.reportChangesOn(&loop_);
+    started();
+    pasteboard_.write(PasteboardItem::text("ours"));
+    monitor().acknowledgeCurrentChangeCount();
+    loop_.runFor(ClipboardMonitor::kSafetyNetPollInterval * 2);
+    EXPECT_TRUE(monitor().history().isEmpty());
+}
+
+TEST_F(ClipboardMonitorTest, StopEndsBothTheNoticesAndThePoll) {
+    pasteboard_.reportChangesOn(&loop_);
+    started();
+    monitor().stop();
+    EXPECT_FALSE(monitor().isPolling());
+    copyText("after stop");
+    loop_.runUntilIdle();
+    loop_.runFor(ClipboardMonitor::kSafetyNetPollInterval * 2);
+    EXPECT_TRUE(monitor().history().isEmpty());
+}
+
 TEST_F(ClipboardMonitorTest, AContentCopiedWhileTheHistoryIsOffIsTakenUpWhenItIsBackOn) {
     started();
     settings_.setClipboardHistoryEnabled(false);

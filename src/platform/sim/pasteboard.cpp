@@ -28,6 +28,7 @@ void Pasteboard::writeFromOtherApp(const platform::PasteboardItem& item, std::st
     // An empty name would read as the program's own write.
     if (application.empty()) application = "org.example.other";
     store(item, std::move(application));
+    announceChange();
 }
 
 void Pasteboard::writeTextFromOtherApp(std::string utf8, std::string application) {
@@ -38,6 +39,16 @@ void Pasteboard::clear() {
     content_.reset();
     lost_.clear();
     ++changeCount_;
+    announceChange();
+}
+
+Subscription Pasteboard::onChange(std::function<void()> callback) { return changed_.add(std::move(callback)); }
+
+void Pasteboard::announceChange() {
+    if (noticeLoop_ == nullptr) return;
+    noticeLoop_->post([this, alive = std::weak_ptr<bool>(alive_)] {
+        if (alive.lock()) changed_.notify();
+    });
 }
 
 std::size_t Pasteboard::programWriteCount() const {

@@ -1,18 +1,25 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "platform/main_loop.h"
 #include "platform/pasteboard.h"
+#include "platform/subscription.h"
 
 namespace orvantis::sim {
 
 /// The simulated system pasteboard: one item at most, a change count that rises by one on
 /// every write and every clearing, and a record of who wrote what. The program writes through
-/// the platform interface; tests write as other applications do. Main thread only.
+/// the platform interface; tests write as other applications do. By default it can't report
+/// changes, like a desktop that has to be polled; reportChangesOn() makes it tell of every
+/// change by another application in a turn of the given loop of its own, as a desktop that
+/// notifies does. Main thread only.
 class Pasteboard final : public platform::Pasteboard {
 public:
     /// One write, in the order they happened.
@@ -30,6 +37,12 @@ public:
     std::optional<std::string> data(std::string_view type) const override;
     /// The program's own write.
     void write(const platform::PasteboardItem& item) override;
+    bool reportsChanges() const override { return noticeLoop_ != nullptr; }
+    [[nodiscard]] Subscription onChange(std::function<void()> callback) override;
+
+    /// From now on each write or clearing by another application is told of in a later turn
+    /// of `loop`; null stops it (notices already posted still come). `loop` must outlive this.
+    void reportChangesOn(platform::MainLoop* loop) { noticeLoop_ = loop; }
 
     /// Another application (by default the user's editor) replaces the content.
     void writeFromOtherApp(const platform::PasteboardItem& item, std::string application = "org.example.other");
@@ -51,11 +64,16 @@ public:
 
 private:
     void store(const platform::PasteboardItem& item, std::string application);
+    void announceChange();
 
     std::int64_t changeCount_;
     std::optional<platform::PasteboardItem> content_;
     std::vector<std::string> lost_;
     std::vector<Write> writes_;
+    platform::MainLoop* noticeLoop_ = nullptr;
+    CallbackList<> changed_;
+    /// Held weakly by posted notices, which do nothing once the pasteboard is gone.
+    std::shared_ptr<bool> alive_ = std::make_shared<bool>(true);
 };
 
 }  // namespace orvantis::sim

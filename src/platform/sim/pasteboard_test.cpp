@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "platform/sim/virtual_main_loop.h"
+
 namespace orvantis::sim {
 namespace {
 
@@ -69,6 +71,37 @@ TEST(PasteboardTest, ClearEmptiesAndCountsAsAChange) {
     EXPECT_TRUE(pasteboard.types().empty());
     EXPECT_EQ(pasteboard.text(), std::nullopt);
     EXPECT_EQ(pasteboard.writes().size(), 1u);
+}
+
+}  // namespace
+}  // namespace orvantis::sim
+
+namespace orvantis::sim {
+namespace {
+
+TEST(PasteboardNoticeTest, ReportsOtherApplicationsChangesInALaterTurnOnlyWhenSwitchedOn) {
+    VirtualMainLoop loop;
+    Pasteboard pasteboard;
+    int notices = 0;
+    const Subscription subscription = pasteboard.onChange([&notices] { ++notices; });
+    EXPECT_FALSE(pasteboard.reportsChanges());
+    pasteboard.writeTextFromOtherApp("unreported");
+    loop.runUntilIdle();
+    EXPECT_EQ(notices, 0);
+
+    pasteboard.reportChangesOn(&loop);
+    EXPECT_TRUE(pasteboard.reportsChanges());
+    pasteboard.writeTextFromOtherApp("reported");
+    EXPECT_EQ(notices, 0);  // not from within the write
+    loop.runUntilIdle();
+    EXPECT_EQ(notices, 1);
+    pasteboard.clear();
+    loop.runUntilIdle();
+    EXPECT_EQ(notices, 2);
+    // The program's own writes are counted, not told of.
+    pasteboard.write(platform::PasteboardItem::text("ours"));
+    loop.runUntilIdle();
+    EXPECT_EQ(notices, 2);
 }
 
 }  // namespace
