@@ -2,6 +2,7 @@
 
 #include <cstring>
 #include <deque>
+#include <limits>
 #include <mutex>
 #include <string>
 #include <unordered_map>
@@ -23,8 +24,9 @@ void initialiseCurlOnce() {
 }
 
 constexpr long kMaxRedirects = 10;
-// How long the worker sleeps when nothing happens; a new command wakes it at once.
-constexpr int kIdlePollMs = 1000;
+// The worker waits without a time limit of its own (about 24 days): a new command or the end
+// wakes it, and libcurl shortens the wait to its own timers while transfers run.
+constexpr int kWaitMs = std::numeric_limits<int>::max();
 
 }  // namespace
 
@@ -107,7 +109,7 @@ public:
             int running = 0;
             curl_multi_perform(multi_, &running);
             collectFinished();
-            curl_multi_poll(multi_, nullptr, 0, kIdlePollMs, nullptr);
+            curl_multi_poll(multi_, nullptr, 0, kWaitMs, nullptr);
         }
     }
 
@@ -239,11 +241,8 @@ private:
 };
 
 CurlHttpClient::CurlHttpClient(platform::MainLoop& loop, std::size_t maxBodyBytes)
-    : loop_(loop), inbox_(std::make_shared<Inbox>()), completions_(std::make_shared<Completions>()) {
-    initialiseCurlOnce();
-    worker_ = std::make_unique<Worker>(loop_, inbox_, completions_, maxBodyBytes);
-    thread_ = std::thread([worker = worker_.get()] { worker->run(); });
-}
+    : loop_(loop), maxBodyBytes_(maxBodyBytes), inbox_(std::make_shared<Inbox>()),
+      completions_(std::make_shared<Completions>()) {}
 
 CurlHttpClient::~CurlHttpClient() {
     // Completions first, on the main thread: a result already posted finds nothing to call.
@@ -253,12 +252,23 @@ CurlHttpClient::~CurlHttpClient() {
         inbox_->stopping = true;
         if (inbox_->multi != nullptr) curl_multi_wakeup(inbox_->multi);
     }
-    thread_.join();
+    if (thread_.joinable()) thread_.join();
     worker_.reset();
 }
 
+void CurlHttpClient::startWorkerIfNeeded() {
+    if (worker_) return;
+    // libcurl and the TLS library it sets up are made ready at the first request, not at launch.
+    initialiseCurlOnce();
+    worker_ = std::make_unique<Worker>(loop_, inbox_, completions_, maxBodyBytes_);
+    thread_ = std::thread([worker = worker_.get()] { worker->run(); });
+}
+
+bool CurlHttpClient::isStarted() const { return worker_ != nullptr; }
+
 platform::HttpRequest CurlHttpClient::get(std::string url, std::chrono::milliseconds timeout,
                                           Completion completion) {
+    startWorkerIfNeeded();
     const std::uint64_t id = ++nextId_;
     completions_->byId.emplace(id, std::move(completion));
     inbox_->push({Inbox::Command::Type::start, id, std::move(url), timeout});
