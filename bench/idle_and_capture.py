@@ -224,6 +224,7 @@ def run(program, out_path):
         latencies = [c.first_fetch_ms() for c in copies]
         fetched = [value for value in latencies if value is not None]
         history = history_texts(cli)
+        result["pss_after_kb"] = pss_kb(process_tree(process.pid))
         for copy in copies:
             copy.end()
         result["copies"] = COPIES
@@ -250,6 +251,7 @@ def summary(paths):
     columns = [
         ("start to tray docked, ms", "tray_docked_ms"),
         ("idle PSS, all processes, MB", "pss_kb"),
+        ("PSS after the copies, MB", "pss_after_kb"),
         (f"idle CPU over {IDLE_S:g} s, ms", "idle_cpu_ms"),
         (f"thread runs over {IDLE_S:g} s", "idle_runs"),
         ("copy to first fetch, median ms", "fetch_ms_median"),
@@ -261,7 +263,7 @@ def summary(paths):
     def shown(key, value):
         if value is None:
             return "-"
-        if key == "pss_kb":
+        if key in ("pss_kb", "pss_after_kb"):
             return f"{value / 1024.0:.1f}"
         return f"{value:g}" if isinstance(value, float) else str(value)
 
