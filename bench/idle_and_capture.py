@@ -85,6 +85,49 @@ def pss_kb(pids):
     return total
 
 
+def pss_alone_kb(pids):
+    """PSS as it would be without other Qt programs running: the pages of a file that only Qt
+    programs map (Qt, its plugins and fonts) count whole, as they would with this program
+    alone; files that other programs map too (libc, glib) keep their share. Another copy of a
+    Qt program on a busy machine would otherwise halve the figure."""
+    own = set(pids)
+    shared_with_others = set()
+    for entry in os.listdir("/proc"):
+        if not entry.isdigit() or int(entry) in own:
+            continue
+        try:
+            with open(f"/proc/{entry}/maps") as f:
+                maps = f.read()
+        except OSError:
+            continue
+        if "libQt6Core.so" in maps:
+            continue
+        for line in maps.splitlines():
+            parts = line.split(None, 5)
+            if len(parts) == 6 and parts[5].startswith("/"):
+                shared_with_others.add(parts[5])
+    total = 0
+    for pid in pids:
+        try:
+            with open(f"/proc/{pid}/smaps") as f:
+                lines = f.read().splitlines()
+        except OSError:
+            continue
+        path, rss, pss = None, 0, 0
+        for line in lines + ["00-00 end"]:
+            if re.match(r"^[0-9a-f]+-[0-9a-f]+ ", line):
+                if path is not None:
+                    total += rss if (path.startswith("/") and path not in shared_with_others) else pss
+                parts = line.split(None, 5)
+                path = parts[5].strip() if len(parts) == 6 else ""
+                rss = pss = 0
+            elif line.startswith("Rss:"):
+                rss = int(line.split()[1])
+            elif line.startswith("Pss:"):
+                pss = int(line.split()[1])
+    return total
+
+
 def others_mapping(library, own):
     """How many processes outside `own` map `library`: they share its pages, and lower PSS."""
     count = 0
@@ -199,6 +242,7 @@ def run(program, out_path):
         result["processes"] = len(tree)
         result["pss_kb"] = pss_kb(tree)
         result["others_mapping_qt"] = others_mapping("libQt6Core.so", set(tree))
+        result["pss_alone_kb"] = pss_alone_kb(tree)
         before = threads(tree)
         time.sleep(IDLE_S)
         after = threads(process_tree(process.pid))
@@ -225,6 +269,7 @@ def run(program, out_path):
         fetched = [value for value in latencies if value is not None]
         history = history_texts(cli)
         result["pss_after_kb"] = pss_kb(process_tree(process.pid))
+        result["pss_alone_after_kb"] = pss_alone_kb(process_tree(process.pid))
         for copy in copies:
             copy.end()
         result["copies"] = COPIES
@@ -251,7 +296,9 @@ def summary(paths):
     columns = [
         ("start to tray docked, ms", "tray_docked_ms"),
         ("idle PSS, all processes, MB", "pss_kb"),
+        ("  the same without other Qt programs (estimate), MB", "pss_alone_kb"),
         ("PSS after the copies, MB", "pss_after_kb"),
+        ("  the same without other Qt programs (estimate), MB", "pss_alone_after_kb"),
         (f"idle CPU over {IDLE_S:g} s, ms", "idle_cpu_ms"),
         (f"thread runs over {IDLE_S:g} s", "idle_runs"),
         ("copy to first fetch, median ms", "fetch_ms_median"),
@@ -263,7 +310,7 @@ def summary(paths):
     def shown(key, value):
         if value is None:
             return "-"
-        if key in ("pss_kb", "pss_after_kb"):
+        if key.startswith("pss_"):
             return f"{value / 1024.0:.1f}"
         return f"{value:g}" if isinstance(value, float) else str(value)
 
@@ -283,7 +330,8 @@ def summary(paths):
         print("| " + " | ".join(row) + " |")
     sharing = [run.get("others_mapping_qt", 0) for run in runs]
     if any(sharing):
-        print(f"note: other processes mapped Qt at the time ({sharing}): PSS reads lower than alone")
+        print(f"note: other processes mapped Qt at the time ({sharing}): PSS reads lower than alone;"
+              " the estimate counts the pages that only Qt programs map as if this one were alone")
     print()
     print("idle CPU by thread (last run), ms and runs:")
     for name, figures in sorted(runs[-1].get("idle_threads", {}).items(), key=lambda kv: -kv[1]["cpu_ms"]):
