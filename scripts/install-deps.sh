@@ -8,10 +8,9 @@ packages=(
   build-essential cmake ninja-build pkg-config git
   # core libraries
   libicu-dev nlohmann-json3-dev libplist-dev libcld2-dev libssl-dev libsystemd-dev libcurl4-openssl-dev
-  # loaded at run time with dlopen (at the first translation or language detection, the first
-  # hash of non-text content):
+  # loaded at run time with dlopen (at the first translation, the first hash of non-text content):
   # a package of the program must name them, as no linker dependency shows them
-  libcurl4 libssl3 libcld2-0
+  libcurl4 libssl3
   # tests and benchmarks
   libgtest-dev libgmock-dev libbenchmark-dev
   # user interface
