@@ -59,6 +59,7 @@ public:
     void post(platform::Task task) override { benchmark::DoNotOptimize(task); }
     platform::TimerHandle postAfter(platform::Duration, platform::Task) override { return {}; }
     platform::TimerHandle every(platform::Duration, platform::Task) override { return {}; }
+    Subscription watchReadable(int, platform::Task) override { return {}; }
     std::unique_ptr<platform::SerialQueue> makeSerialQueue(std::string) override { return nullptr; }
 };
 

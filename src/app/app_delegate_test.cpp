@@ -66,6 +66,10 @@ public:
     std::unique_ptr<platform::SerialQueue> makeSerialQueue(std::string label) override {
         return loop_.makeSerialQueue(std::move(label));
     }
+    Subscription watchReadable(int fd, platform::Task task) override {
+        record_.push_back("watch");
+        return loop_.watchReadable(fd, std::move(task));
+    }
 
 private:
     template <typename Make>
@@ -241,7 +245,7 @@ protected:
 TEST_F(AppDelegateTest, LaunchBuildsEachFeatureInOrderThenInstallsTheTap) {
     completeOnboarding();
     launch();
-    EXPECT_THAT(takeRecord(), ElementsAre("every 500ms",        // 2: the settings file is watched
+    EXPECT_THAT(takeRecord(), ElementsAre("watch",              // 2: the settings file is watched
                                           "tap hotkeys",        // 4: the keyboard monitor, with its hotkeys
                                           "translation popup",  // 5: the translator
                                           "clipboard popup",    // 6: the clipboard history's popup
@@ -265,7 +269,7 @@ TEST_F(AppDelegateTest, LaterRunWithoutPermissionAsksOneSecondAfterLaunchAndPoll
     completeOnboarding();
     refuseTap();
     launch();
-    EXPECT_THAT(takeRecord(), ElementsAre("every 500ms", "tap hotkeys", "translation popup", "clipboard popup",
+    EXPECT_THAT(takeRecord(), ElementsAre("watch", "tap hotkeys", "translation popup", "clipboard popup",
                                           "every 500ms", "tap start refused",
                                           "after 1000ms",    // 21: the request for the permissions
                                           "every 2000ms"));  // 21: the tap retried
@@ -280,7 +284,7 @@ TEST_F(AppDelegateTest, LaterRunWithoutPermissionAsksOneSecondAfterLaunchAndPoll
 TEST_F(AppDelegateTest, FirstRunWithoutPermissionShowsTheBannerAndPollsButAsksNothing) {
     refuseTap();
     launch();
-    EXPECT_THAT(takeRecord(), ElementsAre("every 500ms", "tap hotkeys", "translation popup", "clipboard popup",
+    EXPECT_THAT(takeRecord(), ElementsAre("watch", "tap hotkeys", "translation popup", "clipboard popup",
                                           "every 500ms", "tap start refused", "every 2000ms"));
     EXPECT_EQ(delegate_->menuBarController()->statusIcon(), ui::MenuBarController::StatusIcon::permissionsRequired);
     desktop_.loop().runFor(1500ms);

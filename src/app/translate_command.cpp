@@ -61,6 +61,9 @@ public:
         return addTimer(interval, std::max(interval, platform::Duration(1)), std::move(task));
     }
 
+    // A command lives for one answer and watches no file: whoever asks polls instead.
+    Subscription watchReadable(int, platform::Task) override { return {}; }
+
     std::unique_ptr<platform::SerialQueue> makeSerialQueue(std::string label) override {
         return std::make_unique<platform::ThreadSerialQueue>(std::move(label));
     }

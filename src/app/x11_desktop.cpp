@@ -3,9 +3,6 @@
 #include <optional>
 #include <string>
 
-#include <QObject>
-#include <QSocketNotifier>
-
 #include "app/selection_key_output.h"
 #include "core/log/app_logger.h"
 #include "platform/curl/curl_http_client.h"
@@ -78,10 +75,10 @@ void X11Desktop::openKeyboard(AppLogger& logger) {
     // Watching the keyboard counts as granted with the accessibility bus on, the text path's
     // need; until then the tray shows the banner and retries.
     eventTap_->setPermissionCheck([this] { return permissions_->hasAccessibility(); });
-    eventTapWatch_ = std::make_unique<QSocketNotifier>(eventTap_->fileDescriptor(), QSocketNotifier::Read);
-    QObject::connect(eventTapWatch_.get(), &QSocketNotifier::activated, eventTapWatch_.get(), [this] {
+    eventTapWatch_ = loop_.watchReadable(eventTap_->fileDescriptor(), [this] {
         eventTap_->dispatchPending();
-        if (eventTap_->connectionLost()) eventTapWatch_->setEnabled(false);
+        // A broken connection stays readable with nothing to read.
+        if (eventTap_->connectionLost()) eventTapWatch_ = {};
     });
     // Events read off the connection while launch sets the tap up wait in the library's queue,
     // where the watch would not see them: the first turn of the event loop hands them on.
@@ -95,10 +92,9 @@ void X11Desktop::openClipboard(AppLogger& logger) {
     pasteboard_ = x11::X11Clipboard::open(nullptr, loop_, &logger.log().clipboard);
     if (!pasteboard_) return;
     // The clipboard's own connection, read whenever the server has something for it.
-    pasteboardWatch_ = std::make_unique<QSocketNotifier>(pasteboard_->fileDescriptor(), QSocketNotifier::Read);
-    QObject::connect(pasteboardWatch_.get(), &QSocketNotifier::activated, pasteboardWatch_.get(), [this] {
+    pasteboardWatch_ = loop_.watchReadable(pasteboard_->fileDescriptor(), [this] {
         pasteboard_->dispatchPending();
-        if (pasteboard_->connectionLost()) pasteboardWatch_->setEnabled(false);
+        if (pasteboard_->connectionLost()) pasteboardWatch_ = {};
     });
     services_.pasteboard = pasteboard_.get();
 }
@@ -107,8 +103,8 @@ X11Desktop::~X11Desktop() {
     // The popups' controllers and the watch go before the backends they use.
     clipboardPopupController_.reset();
     translationPopupController_.reset();
-    eventTapWatch_.reset();
-    pasteboardWatch_.reset();
+    eventTapWatch_ = {};
+    pasteboardWatch_ = {};
 }
 
 }  // namespace orvantis::app

@@ -3,8 +3,8 @@
 #include <memory>
 
 #include "app/desktop_services.h"
+#include "platform/subscription.h"
 
-class QSocketNotifier;
 namespace orvantis {
 class AppLogger;
 }
@@ -36,9 +36,8 @@ namespace orvantis::app {
 /// The X11 desktop of the running program: the keyboard through XInput 2, XTest and XKB, the
 /// text of other applications through the accessibility bus, the frontmost window and the
 /// clipboard and selection through connections of their own, the pointer through Qt, and the
-/// network through libcurl. Owns every backend
-/// and hands them out as DesktopServices; the tap's connection is watched on the Qt event loop.
-/// Made once by the process entry before the launch sequence, destroyed after the end sequence;
+/// network through libcurl. Owns every backend and hands them out as DesktopServices; the
+/// connections of the tap and of the clipboard are watched on the main loop. Made once by the process entry before the launch sequence, destroyed after the end sequence;
 /// main thread only.
 class X11Desktop {
 public:
@@ -61,10 +60,10 @@ private:
     std::unique_ptr<x11::XkbInputSources> inputSources_;
     std::unique_ptr<x11::X11Permissions> permissions_;
     std::unique_ptr<platform::Accessibility> accessibility_;
-    std::unique_ptr<QSocketNotifier> eventTapWatch_;
+    Subscription eventTapWatch_;
     std::unique_ptr<platform::Applications> applications_;
     std::unique_ptr<x11::X11Clipboard> pasteboard_;
-    std::unique_ptr<QSocketNotifier> pasteboardWatch_;
+    Subscription pasteboardWatch_;
     std::unique_ptr<platform::KeyOutput> selectionKeys_;
     std::unique_ptr<platform::Pointer> pointer_;
     std::unique_ptr<platform::HttpClient> httpClient_;

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "platform/serial_queue.h"
+#include "platform/subscription.h"
 
 namespace orvantis::platform {
 
@@ -66,6 +67,12 @@ public:
     /// Runs `task` every `interval`, first one interval from now, until cancelled.
     /// Main thread only.
     [[nodiscard]] virtual TimerHandle every(Duration interval, Task task) = 0;
+    /// Runs `onReadable` on the main thread whenever `fd` has something to read, until the
+    /// Subscription ends; `onReadable` must read what is there, or it is called again at once.
+    /// The descriptor stays the caller's and must stay open while watched. Answers an empty
+    /// Subscription when this loop cannot watch descriptors: the caller then has to poll.
+    /// Main thread only.
+    [[nodiscard]] virtual Subscription watchReadable(int fd, Task onReadable) = 0;
     /// A serial queue whose tasks run off the main thread (in the virtual loop: in its own
     /// turns, so tests stay deterministic).
     virtual std::unique_ptr<SerialQueue> makeSerialQueue(std::string label) = 0;

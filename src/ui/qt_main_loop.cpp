@@ -7,6 +7,7 @@
 #include <QMetaObject>
 #include <QObject>
 #include <QPointer>
+#include <QSocketNotifier>
 #include <QTimer>
 
 namespace orvantis::ui {
@@ -38,6 +39,24 @@ platform::TimerHandle QtMainLoop::every(platform::Duration interval, platform::T
 
 std::unique_ptr<platform::SerialQueue> QtMainLoop::makeSerialQueue(std::string label) {
     return std::make_unique<platform::ThreadSerialQueue>(std::move(label));
+}
+
+Subscription QtMainLoop::watchReadable(int fd, platform::Task onReadable) {
+    auto* notifier = new QSocketNotifier(static_cast<qintptr>(fd), QSocketNotifier::Read, context_.get());
+    QObject::connect(notifier, &QSocketNotifier::activated, notifier,
+                     [task = std::move(onReadable)] { task(); });
+    // The watch may end from its own callback: the notifier goes at the next turn of the loop.
+    QPointer<QSocketNotifier> guarded(notifier);
+    return Subscription([guarded] {
+        if (guarded) {
+            guarded->setEnabled(false);
+            guarded->deleteLater();
+        }
+    });
+}
+
+std::size_t QtMainLoop::watchCount() const {
+    return static_cast<std::size_t>(context_->findChildren<QSocketNotifier*>(Qt::FindDirectChildrenOnly).size());
 }
 
 std::size_t QtMainLoop::timerCount() const {

@@ -28,12 +28,16 @@ public:
     [[nodiscard]] platform::TimerHandle postAfter(platform::Duration delay, platform::Task task) override;
     /// The interval is rounded up to whole milliseconds, at least one.
     [[nodiscard]] platform::TimerHandle every(platform::Duration interval, platform::Task task) override;
+    /// A QSocketNotifier owned by the loop, freed as soon as the Subscription ends.
+    [[nodiscard]] Subscription watchReadable(int fd, platform::Task onReadable) override;
     /// A ThreadSerialQueue: one thread of its own, joined when the queue is destroyed.
     std::unique_ptr<platform::SerialQueue> makeSerialQueue(std::string label) override;
 
     /// Number of native timers still alive, for diagnostics: a cancelled or fired timer is
     /// freed at the next turn of the event loop.
     std::size_t timerCount() const;
+    /// Number of descriptor watches still alive, for diagnostics; freed like timers.
+    std::size_t watchCount() const;
 
 private:
     platform::TimerHandle startTimer(platform::Duration interval, bool repeating, platform::Task task);

@@ -11,6 +11,8 @@
 #include <QTimer>
 #include <gtest/gtest.h>
 
+#include <unistd.h>
+
 namespace orvantis::ui {
 namespace {
 
@@ -131,6 +133,29 @@ TEST(QtMainLoopTest, HandleOutlivingTheLoopIsHarmless) {
     }
     handle.cancel();
     EXPECT_FALSE(handle.isActive());
+}
+
+TEST(QtMainLoopTest, AWatchedDescriptorIsServedWhenReadableAndFreedWhenItEnds) {
+    QtMainLoop loop;
+    int fds[2];
+    ASSERT_EQ(::pipe(fds), 0);
+    std::string received;
+    Subscription watch = loop.watchReadable(fds[0], [&] {
+        char buffer[16];
+        const auto n = ::read(fds[0], buffer, sizeof buffer);
+        if (n > 0) received.append(buffer, static_cast<std::size_t>(n));
+    });
+    EXPECT_EQ(loop.watchCount(), 1u);
+    ASSERT_EQ(::write(fds[1], "ok", 2), 2);
+    EXPECT_TRUE(spinUntil([&] { return received == "ok"; }));
+    watch.reset();
+    ASSERT_EQ(::write(fds[1], "no", 2), 2);
+    spinFor(20ms);
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_EQ(received, "ok");
+    EXPECT_EQ(loop.watchCount(), 0u);
+    ::close(fds[0]);
+    ::close(fds[1]);
 }
 
 TEST(QtMainLoopTest, SerialQueueRunsTasksOffTheMainThreadInOrder) {

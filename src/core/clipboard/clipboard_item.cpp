@@ -1,10 +1,14 @@
 #include "core/clipboard/clipboard_item.h"
 
+#include <optional>
+
 #include <openssl/evp.h>
 
 #include "core/text/graphemes.h"
 #include "core/text/utf.h"
 #include "core/text/whitespace.h"
+
+#include <dlfcn.h>
 
 namespace orvantis {
 namespace {
@@ -14,10 +18,42 @@ std::string wellFormed(std::string text) {
     return text::repairUtf8(text);
 }
 
-/// Frees an OpenSSL digest context at the end of its scope.
-struct DigestContextDeleter {
-    void operator()(EVP_MD_CTX* context) const { EVP_MD_CTX_free(context); }
+/// The digest functions of libcrypto, looked up the first time non-text content is hashed:
+/// linked at start, the library is loaded and relocated (over a megabyte) by every launch,
+/// and text copies never need it. It stays loaded to the end of the process.
+struct Libcrypto {
+    decltype(&::EVP_MD_CTX_new) contextNew;
+    decltype(&::EVP_MD_CTX_free) contextFree;
+    decltype(&::EVP_sha256) sha256;
+    decltype(&::EVP_DigestInit_ex) digestInit;
+    decltype(&::EVP_DigestUpdate) digestUpdate;
+    decltype(&::EVP_DigestFinal_ex) digestFinal;
 };
+
+template <typename Function>
+bool resolve(void* library, const char* name, Function& out) {
+    out = reinterpret_cast<Function>(::dlsym(library, name));
+    return out != nullptr;
+}
+
+/// Null when the library or one of its functions is missing.
+const Libcrypto* libcrypto() {
+    static const std::optional<Libcrypto> loaded = []() -> std::optional<Libcrypto> {
+        // The soname of OpenSSL 3, the ABI this program is built against.
+        void* library = ::dlopen("libcrypto.so.3", RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
+        if (library == nullptr) return std::nullopt;
+        Libcrypto functions{};
+        const bool ok = resolve(library, "EVP_MD_CTX_new", functions.contextNew) &&
+                        resolve(library, "EVP_MD_CTX_free", functions.contextFree) &&
+                        resolve(library, "EVP_sha256", functions.sha256) &&
+                        resolve(library, "EVP_DigestInit_ex", functions.digestInit) &&
+                        resolve(library, "EVP_DigestUpdate", functions.digestUpdate) &&
+                        resolve(library, "EVP_DigestFinal_ex", functions.digestFinal);
+        if (!ok) return std::nullopt;
+        return functions;
+    }();
+    return loaded ? &*loaded : nullptr;
+}
 
 }  // namespace
 
@@ -100,16 +136,20 @@ std::string ClipboardItem::preview(std::string_view text) {
 }
 
 std::string ClipboardItem::hash(const PasteboardTypeData& types) {
-    std::unique_ptr<EVP_MD_CTX, DigestContextDeleter> context(EVP_MD_CTX_new());
+    // libcrypto fails only when it is missing or without memory; an entry without a hash still
+    // has an identity.
+    const Libcrypto* crypto = libcrypto();
+    if (crypto == nullptr) return {};
+    const auto freeContext = [crypto](EVP_MD_CTX* context) { crypto->contextFree(context); };
+    std::unique_ptr<EVP_MD_CTX, decltype(freeContext)> context(crypto->contextNew(), freeContext);
     unsigned char digest[EVP_MAX_MD_SIZE];
     unsigned int length = 0;
-    bool ok = context && EVP_DigestInit_ex(context.get(), EVP_sha256(), nullptr) == 1;
+    bool ok = context && crypto->digestInit(context.get(), crypto->sha256(), nullptr) == 1;
     for (const auto& [type, bytes] : types) {  // the map keeps the names in ascending order
-        ok = ok && EVP_DigestUpdate(context.get(), type.data(), type.size()) == 1;
-        ok = ok && EVP_DigestUpdate(context.get(), bytes.data(), bytes.size()) == 1;
+        ok = ok && crypto->digestUpdate(context.get(), type.data(), type.size()) == 1;
+        ok = ok && crypto->digestUpdate(context.get(), bytes.data(), bytes.size()) == 1;
     }
-    ok = ok && EVP_DigestFinal_ex(context.get(), digest, &length) == 1;
-    // libcrypto fails here only without memory; an entry without a hash still has an identity.
+    ok = ok && crypto->digestFinal(context.get(), digest, &length) == 1;
     if (!ok) return {};
     static constexpr char kHex[] = "0123456789abcdef";
     std::string out;

@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-#include <openssl/rand.h>
+#include <sys/random.h>
 
 namespace orvantis {
 namespace {
@@ -64,9 +64,11 @@ Uuid UuidGenerator::generate() {
             const std::uint64_t word = (*seeded_)();
             std::memcpy(bytes.data() + i, &word, 8);
         }
-    } else if (RAND_bytes(bytes.data(), static_cast<int>(bytes.size())) != 1) {
-        // The system generator failed (it practically never does): fall back to the
-        // standard library's, which is random enough for identifiers that are no secret.
+    } else if (::getrandom(bytes.data(), bytes.size(), 0) != static_cast<ssize_t>(bytes.size())) {
+        // The kernel's generator, straight: a TLS library's generator would load and set up
+        // its providers and configuration (megabytes) for the first copy. Should it fail (it
+        // practically never does), the standard library's is random enough for identifiers
+        // that are no secret.
         std::random_device device;
         for (auto& b : bytes) b = static_cast<std::uint8_t>(device());
     }

@@ -97,6 +97,9 @@ public:
         ++timersMade;
         return loop_.every(interval, std::move(task));
     }
+    Subscription watchReadable(int fd, platform::Task onReadable) override {
+        return loop_.watchReadable(fd, std::move(onReadable));
+    }
     std::unique_ptr<platform::SerialQueue> makeSerialQueue(std::string label) override {
         return loop_.makeSerialQueue(std::move(label));
     }

@@ -7,6 +7,7 @@
 
 #include <plist/plist.h>
 
+#include "core/files/file_change_watch.h"
 #include "core/files/file_io.h"
 #include "core/log/app_logger.h"
 
@@ -156,6 +157,7 @@ PreferenceStore::PreferenceStore(std::filesystem::path file, platform::SerialQue
 
 PreferenceStore::~PreferenceStore() {
     watchTimer_.cancel();
+    fileWatchEvents_.reset();
     *alive_ = false;
     flush();
 }
@@ -515,12 +517,29 @@ void PreferenceStore::writePending() {
     announce(std::move(changedByOthers), true);
 }
 
-void PreferenceStore::startWatching(platform::MainLoop& loop, platform::Duration interval) {
+void PreferenceStore::startWatching(platform::MainLoop& loop) {
     {
         std::lock_guard lock(mutex_);
         loop_ = &loop;
     }
-    watchTimer_ = loop.every(interval, [this] { checkForExternalChanges(); });
+    int error = 0;
+    fileWatch_ = files::FileChangeWatch::open(file_, error);
+    if (fileWatch_) {
+        fileWatchEvents_ = loop.watchReadable(fileWatch_->descriptor(), [this] {
+            if (fileWatch_->takeEvents()) checkForExternalChanges();
+        });
+        if (fileWatchEvents_) {
+            // A write that landed between the first read and the watch.
+            checkForExternalChanges();
+            return;
+        }
+        fileWatch_.reset();
+        error = ENOTSUP;
+    }
+    if (log_ != nullptr)
+        log_->app.warning("settings: cannot watch " + file_.parent_path().string() + " for changes (" +
+                          errnoText(error) + "); checking the file every 0.5 s instead");
+    watchTimer_ = loop.every(kFallbackCheckInterval, [this] { checkForExternalChanges(); });
 }
 
 void PreferenceStore::checkForExternalChanges() {

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <functional>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <optional>
 #include <set>
@@ -20,6 +21,9 @@
 struct stat;
 
 namespace orvantis {
+namespace files {
+class FileChangeWatch;
+}
 
 struct AppLog;
 
@@ -40,7 +44,8 @@ using PreferenceValue =
 /// under an exclusive lock, after re-reading the file and applying only the keys this process
 /// changed, so that two processes never lose each other's keys. Registered defaults answer for
 /// absent keys and are never written. With `startWatching`, changes that another process writes
-/// are noticed and announced like local ones. A file that cannot be read is kept aside as
+/// are noticed, through a change event of the file's folder rather than a timer, and announced
+/// like local ones. A file that cannot be read is kept aside as
 /// `<name>.corrupt-<timestamp>` and logged; the store then starts from its defaults.
 ///
 /// Thread-safe. Change callbacks run on the thread that set the value, or on the main loop for
@@ -92,9 +97,13 @@ public:
     /// Waits until every change made before the call is on disk (or has failed and been logged).
     void flush();
 
-    /// Checks the file every `interval` on `loop` for changes written by another process.
-    /// Main thread. Runs until the store is destroyed.
-    void startWatching(platform::MainLoop& loop, platform::Duration interval = std::chrono::milliseconds(500));
+    /// Watches the file for changes written by another process, through `loop`: the folder's
+    /// change events wake the loop, nothing else does. Where the kernel refuses the watch (or
+    /// the loop cannot watch descriptors), the file is checked every kFallbackCheckInterval
+    /// instead, and that is logged. Main thread. Runs until the store is destroyed.
+    void startWatching(platform::MainLoop& loop);
+    /// The interval of the checks when the folder cannot be watched.
+    static constexpr platform::Duration kFallbackCheckInterval = std::chrono::milliseconds(500);
     /// One check of the watch: re-reads the file if another process replaced it, merges what
     /// changed and announces it. Main thread.
     void checkForExternalChanges();
@@ -150,7 +159,9 @@ private:
     std::optional<FileSignature> lastKnown_;  ///< the file as this process last saw or wrote it
     std::uint64_t generation_ = 0;            ///< rises whenever memory takes the disk's content
     platform::MainLoop* loop_ = nullptr;
-    platform::TimerHandle watchTimer_;
+    std::unique_ptr<files::FileChangeWatch> fileWatch_;
+    Subscription fileWatchEvents_;  ///< ends before fileWatch_ closes its descriptor
+    platform::TimerHandle watchTimer_;  ///< only when the folder cannot be watched
     std::shared_ptr<bool> alive_ = std::make_shared<bool>(true);
 };
 

@@ -267,6 +267,100 @@ TEST_F(PreferenceStoreTest, AChangeWrittenByAnotherProcessIsNoticedAndAnnounced)
     EXPECT_EQ(announced, (std::vector<std::string>{"added", "shared"}));
 }
 
+/// Sets `key` to `value` from a process of its own, as the command line or a second copy
+/// would, and waits for it to end.
+void setInAnotherProcess(const std::filesystem::path& file, const std::string& key, std::int64_t value) {
+    const pid_t pid = ::fork();
+    ASSERT_GE(pid, 0);
+    if (pid == 0) {
+        {
+            platform::ThreadSerialQueue queue("other-process");
+            PreferenceStore store(file, queue, nullptr);
+            store.set(key, value);
+        }
+        ::_exit(0);
+    }
+    int status = 0;
+    ::waitpid(pid, &status, 0);
+    ASSERT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
+}
+
+TEST_F(PreferenceStoreTest, AWriteByAnotherProcessIsNoticedThroughTheFolderEventWithoutATimer) {
+    auto running = makeStore();
+    running->set("shared", std::int64_t{1});
+    running->flush();
+    running->startWatching(loop_);
+    std::vector<std::string> announced;
+    auto sub = running->onChange([&](const std::vector<std::string>& keys) {
+        announced.insert(announced.end(), keys.begin(), keys.end());
+    });
+    EXPECT_EQ(loop_.pendingTimers(), 0u) << "nothing wakes the idle program";
+
+    setInAnotherProcess(file(), "shared", 2);
+    loop_.runUntilIdle();  // no time passes: only the folder's event can bring the change
+    EXPECT_EQ(running->integerForKey("shared"), 2);
+    EXPECT_EQ(announced, (std::vector<std::string>{"shared"}));
+    EXPECT_EQ(loop_.pendingTimers(), 0u);
+}
+
+TEST_F(PreferenceStoreTest, AFolderMadeOnlyByTheWatchStillBringsTheFirstFileOfAnotherProcess) {
+    // A fresh profile: neither the folder nor the file exists when the program starts.
+    ASSERT_FALSE(std::filesystem::exists(file().parent_path()));
+    auto running = makeStore();
+    running->startWatching(loop_);
+    setInAnotherProcess(file(), "first", 5);
+    loop_.runUntilIdle();
+    EXPECT_EQ(running->integerForKey("first"), 5);
+}
+
+TEST_F(PreferenceStoreTest, AFolderRemovedAndMadeAgainIsWatchedAgain) {
+    auto running = makeStore();
+    running->set("k", std::int64_t{1});
+    running->flush();
+    running->startWatching(loop_);
+    std::filesystem::remove_all(file().parent_path());
+    loop_.runUntilIdle();
+    EXPECT_FALSE(running->hasStoredValue("k")) << "the file is gone, and with it the stored value";
+    setInAnotherProcess(file(), "k", 3);
+    loop_.runUntilIdle();
+    EXPECT_EQ(running->integerForKey("k"), 3);
+}
+
+/// A main loop that cannot watch descriptors, over the virtual one.
+class LoopWithoutDescriptors final : public platform::MainLoop {
+public:
+    explicit LoopWithoutDescriptors(sim::VirtualMainLoop& loop) : loop_(loop) {}
+    void post(platform::Task task) override { loop_.post(std::move(task)); }
+    platform::TimerHandle postAfter(platform::Duration delay, platform::Task task) override {
+        return loop_.postAfter(delay, std::move(task));
+    }
+    platform::TimerHandle every(platform::Duration interval, platform::Task task) override {
+        return loop_.every(interval, std::move(task));
+    }
+    Subscription watchReadable(int, platform::Task) override { return {}; }
+    std::unique_ptr<platform::SerialQueue> makeSerialQueue(std::string label) override {
+        return loop_.makeSerialQueue(std::move(label));
+    }
+
+private:
+    sim::VirtualMainLoop& loop_;
+};
+
+TEST_F(PreferenceStoreTest, WithoutAFolderWatchTheFileIsCheckedOnATimerAndThatIsLogged) {
+    auto logQueue = loop_.makeSerialQueue("log");
+    AppLogger logger(dir_.path() / "logs", *logQueue, loop_);
+    auto running = makeStore(&logger.log());
+    LoopWithoutDescriptors loop(loop_);
+    running->startWatching(loop);
+    EXPECT_EQ(loop_.pendingTimers(), 1u);
+    setInAnotherProcess(file(), "k", 4);
+    loop_.runUntilIdle();
+    EXPECT_FALSE(running->hasStoredValue("k"));
+    loop_.runFor(PreferenceStore::kFallbackCheckInterval);
+    EXPECT_EQ(running->integerForKey("k"), 4);
+    EXPECT_NE(logger.recentLogs(1).find("checking the file every 0.5 s instead"), std::string::npos);
+}
+
 TEST_F(PreferenceStoreTest, AFileDamagedWhileRunningKeepsMemoryAndIsSetAsideOnTheNextWrite) {
     auto store = makeStore();
     store->set("keep", std::string("me"));

@@ -2,6 +2,7 @@
 
 #include <cstring>
 #include <deque>
+#include <limits>
 #include <mutex>
 #include <string>
 #include <unordered_map>
@@ -12,19 +13,15 @@
 
 #include <curl/curl.h>
 
+#include "platform/curl/curl_library.h"
+
 namespace orvantis::curl {
 namespace {
 
-// libcurl's global state is made once per process and never torn down: other libraries of the
-// process may use it too, and its cleanup is not safe while any thread still runs.
-void initialiseCurlOnce() {
-    static std::once_flag once;
-    std::call_once(once, [] { curl_global_init(CURL_GLOBAL_DEFAULT); });
-}
-
 constexpr long kMaxRedirects = 10;
-// How long the worker sleeps when nothing happens; a new command wakes it at once.
-constexpr int kIdlePollMs = 1000;
+// The worker waits without a time limit of its own (about 24 days): a new command or the end
+// wakes it, and libcurl shortens the wait to its own timers while transfers run.
+constexpr int kWaitMs = std::numeric_limits<int>::max();
 
 }  // namespace
 
@@ -43,13 +40,14 @@ struct CurlHttpClient::Inbox {
         std::lock_guard lock(mutex);
         if (stopping) return;
         commands.push_back(std::move(command));
-        if (multi != nullptr) curl_multi_wakeup(multi);
+        if (multi != nullptr) wakeup(multi);
     }
 
     std::mutex mutex;
     std::deque<Command> commands;
     bool stopping = false;
     CURLM* multi = nullptr;  ///< null once it is cleaned up; guarded so a wake-up never meets a freed one
+    decltype(&::curl_multi_wakeup) wakeup = nullptr;  ///< set with `multi`
 };
 
 /// The completions of the requests in flight. Main thread only.
@@ -61,25 +59,26 @@ struct CurlHttpClient::Completions {
 /// worker, except for construction and destruction around the thread's life.
 class CurlHttpClient::Worker {
 public:
-    Worker(platform::MainLoop& loop, std::shared_ptr<Inbox> inbox, std::weak_ptr<Completions> completions,
-           std::size_t maxBodyBytes)
-        : loop_(loop), inbox_(std::move(inbox)), completions_(std::move(completions)),
-          maxBodyBytes_(maxBodyBytes), multi_(curl_multi_init()) {
+    Worker(const CurlLibrary& curl, platform::MainLoop& loop, std::shared_ptr<Inbox> inbox,
+           std::weak_ptr<Completions> completions, std::size_t maxBodyBytes)
+        : curl_(curl), loop_(loop), inbox_(std::move(inbox)), completions_(std::move(completions)),
+          maxBodyBytes_(maxBodyBytes), multi_(curl.multiInit()) {
         std::lock_guard lock(inbox_->mutex);
         inbox_->multi = multi_;
+        inbox_->wakeup = curl.multiWakeup;
     }
 
     ~Worker() {
         for (auto& [easy, transfer] : transfers_) {
-            curl_multi_remove_handle(multi_, easy);
-            curl_easy_cleanup(easy);
+            curl_.multiRemoveHandle(multi_, easy);
+            curl_.easyCleanup(easy);
         }
         transfers_.clear();
         {
             std::lock_guard lock(inbox_->mutex);
             inbox_->multi = nullptr;
         }
-        if (multi_ != nullptr) curl_multi_cleanup(multi_);
+        if (multi_ != nullptr) curl_.multiCleanup(multi_);
     }
 
     void run() {
@@ -105,9 +104,9 @@ public:
                 continue;
             }
             int running = 0;
-            curl_multi_perform(multi_, &running);
+            curl_.multiPerform(multi_, &running);
             collectFinished();
-            curl_multi_poll(multi_, nullptr, 0, kIdlePollMs, nullptr);
+            curl_.multiPoll(multi_, nullptr, 0, kWaitMs, nullptr);
         }
     }
 
@@ -132,7 +131,7 @@ private:
     }
 
     void start(const Inbox::Command& command) {
-        CURL* easy = multi_ != nullptr ? curl_easy_init() : nullptr;
+        CURL* easy = multi_ != nullptr ? curl_.easyInit() : nullptr;
         if (easy == nullptr) {
             deliver(command.id, platform::HttpTransferError{platform::HttpTransferError::Kind::other,
                                                             "The HTTP library could not start a request"});
@@ -142,25 +141,25 @@ private:
         transfer->id = command.id;
         transfer->maxBodyBytes = maxBodyBytes_;
         const long timeoutMs = command.timeout.count() > 0 ? static_cast<long>(command.timeout.count()) : 1;
-        CURLcode set = curl_easy_setopt(easy, CURLOPT_URL, command.url.c_str());
+        CURLcode set = curl_.easySetopt(easy, CURLOPT_URL, command.url.c_str());
         if (set == CURLE_OK) {
-            curl_easy_setopt(easy, CURLOPT_ERRORBUFFER, transfer->error);
-            curl_easy_setopt(easy, CURLOPT_HTTPGET, 1L);
-            curl_easy_setopt(easy, CURLOPT_NOSIGNAL, 1L);
-            curl_easy_setopt(easy, CURLOPT_TIMEOUT_MS, timeoutMs);
-            curl_easy_setopt(easy, CURLOPT_PROTOCOLS_STR, "http,https");
-            curl_easy_setopt(easy, CURLOPT_REDIR_PROTOCOLS_STR, "http,https");
-            curl_easy_setopt(easy, CURLOPT_FOLLOWLOCATION, 1L);
-            curl_easy_setopt(easy, CURLOPT_MAXREDIRS, kMaxRedirects);
-            curl_easy_setopt(easy, CURLOPT_MAXFILESIZE_LARGE, static_cast<curl_off_t>(maxBodyBytes_));
-            curl_easy_setopt(easy, CURLOPT_WRITEFUNCTION, &Worker::onData);
-            curl_easy_setopt(easy, CURLOPT_WRITEDATA, transfer.get());
-            if (curl_multi_add_handle(multi_, easy) != CURLM_OK) set = CURLE_FAILED_INIT;
+            curl_.easySetopt(easy, CURLOPT_ERRORBUFFER, transfer->error);
+            curl_.easySetopt(easy, CURLOPT_HTTPGET, 1L);
+            curl_.easySetopt(easy, CURLOPT_NOSIGNAL, 1L);
+            curl_.easySetopt(easy, CURLOPT_TIMEOUT_MS, timeoutMs);
+            curl_.easySetopt(easy, CURLOPT_PROTOCOLS_STR, "http,https");
+            curl_.easySetopt(easy, CURLOPT_REDIR_PROTOCOLS_STR, "http,https");
+            curl_.easySetopt(easy, CURLOPT_FOLLOWLOCATION, 1L);
+            curl_.easySetopt(easy, CURLOPT_MAXREDIRS, kMaxRedirects);
+            curl_.easySetopt(easy, CURLOPT_MAXFILESIZE_LARGE, static_cast<curl_off_t>(maxBodyBytes_));
+            curl_.easySetopt(easy, CURLOPT_WRITEFUNCTION, &Worker::onData);
+            curl_.easySetopt(easy, CURLOPT_WRITEDATA, transfer.get());
+            if (curl_.multiAddHandle(multi_, easy) != CURLM_OK) set = CURLE_FAILED_INIT;
         }
         if (set != CURLE_OK) {
-            curl_easy_cleanup(easy);
+            curl_.easyCleanup(easy);
             deliver(command.id, platform::HttpTransferError{platform::HttpTransferError::Kind::other,
-                                                            curl_easy_strerror(set)});
+                                                            curl_.easyStrerror(set)});
             return;
         }
         transfers_.emplace(easy, std::move(transfer));
@@ -169,8 +168,8 @@ private:
     void cancel(std::uint64_t id) {
         for (auto it = transfers_.begin(); it != transfers_.end(); ++it) {
             if (it->second->id != id) continue;
-            curl_multi_remove_handle(multi_, it->first);
-            curl_easy_cleanup(it->first);
+            curl_.multiRemoveHandle(multi_, it->first);
+            curl_.easyCleanup(it->first);
             transfers_.erase(it);
             return;
         }
@@ -178,7 +177,7 @@ private:
 
     void collectFinished() {
         int left = 0;
-        while (CURLMsg* message = curl_multi_info_read(multi_, &left)) {
+        while (CURLMsg* message = curl_.multiInfoRead(multi_, &left)) {
             if (message->msg != CURLMSG_DONE) continue;
             CURL* easy = message->easy_handle;
             const CURLcode code = message->data.result;
@@ -187,8 +186,8 @@ private:
             Transfer& transfer = *it->second;
             platform::HttpResult result = outcome(easy, code, transfer);
             const std::uint64_t id = transfer.id;
-            curl_multi_remove_handle(multi_, easy);
-            curl_easy_cleanup(easy);
+            curl_.multiRemoveHandle(multi_, easy);
+            curl_.easyCleanup(easy);
             transfers_.erase(it);
             deliver(id, std::move(result));
         }
@@ -198,7 +197,7 @@ private:
         using platform::HttpTransferError;
         if (code == CURLE_OK) {
             long status = 0;
-            curl_easy_getinfo(easy, CURLINFO_RESPONSE_CODE, &status);
+            curl_.easyGetinfo(easy, CURLINFO_RESPONSE_CODE, &status);
             return platform::HttpResponse{static_cast<int>(status), std::move(transfer.body), status > 0};
         }
         if (code == CURLE_OPERATION_TIMEDOUT) {
@@ -211,9 +210,9 @@ private:
         return HttpTransferError{HttpTransferError::Kind::other, describe(code, transfer)};
     }
 
-    static std::string describe(CURLcode code, const Transfer& transfer) {
+    std::string describe(CURLcode code, const Transfer& transfer) const {
         if (transfer.error[0] != '\0') return std::string(transfer.error, ::strnlen(transfer.error, CURL_ERROR_SIZE));
-        return curl_easy_strerror(code);
+        return curl_.easyStrerror(code);
     }
 
     /// Posts the result to the main loop, where it reaches the completion if the request is
@@ -230,6 +229,7 @@ private:
         });
     }
 
+    const CurlLibrary& curl_;
     platform::MainLoop& loop_;
     std::shared_ptr<Inbox> inbox_;
     std::weak_ptr<Completions> completions_;
@@ -239,11 +239,8 @@ private:
 };
 
 CurlHttpClient::CurlHttpClient(platform::MainLoop& loop, std::size_t maxBodyBytes)
-    : loop_(loop), inbox_(std::make_shared<Inbox>()), completions_(std::make_shared<Completions>()) {
-    initialiseCurlOnce();
-    worker_ = std::make_unique<Worker>(loop_, inbox_, completions_, maxBodyBytes);
-    thread_ = std::thread([worker = worker_.get()] { worker->run(); });
-}
+    : loop_(loop), maxBodyBytes_(maxBodyBytes), inbox_(std::make_shared<Inbox>()),
+      completions_(std::make_shared<Completions>()) {}
 
 CurlHttpClient::~CurlHttpClient() {
     // Completions first, on the main thread: a result already posted finds nothing to call.
@@ -251,17 +248,47 @@ CurlHttpClient::~CurlHttpClient() {
     {
         std::lock_guard lock(inbox_->mutex);
         inbox_->stopping = true;
-        if (inbox_->multi != nullptr) curl_multi_wakeup(inbox_->multi);
+        if (inbox_->multi != nullptr) inbox_->wakeup(inbox_->multi);
     }
-    thread_.join();
+    if (thread_.joinable()) thread_.join();
     worker_.reset();
 }
+
+bool CurlHttpClient::startWorkerIfNeeded() {
+    if (worker_) return true;
+    if (!loadError_.empty()) return false;
+    // libcurl, and the TLS library it sets up, are loaded at the first request, not at launch.
+    std::string error;
+    const CurlLibrary* library = CurlLibrary::load(error);
+    if (library == nullptr) {
+        loadError_ = "The HTTP library could not be loaded: " + error;
+        return false;
+    }
+    worker_ = std::make_unique<Worker>(*library, loop_, inbox_, completions_, maxBodyBytes_);
+    thread_ = std::thread([worker = worker_.get()] { worker->run(); });
+    return true;
+}
+
+bool CurlHttpClient::isStarted() const { return worker_ != nullptr; }
 
 platform::HttpRequest CurlHttpClient::get(std::string url, std::chrono::milliseconds timeout,
                                           Completion completion) {
     const std::uint64_t id = ++nextId_;
     completions_->byId.emplace(id, std::move(completion));
-    inbox_->push({Inbox::Command::Type::start, id, std::move(url), timeout});
+    if (!startWorkerIfNeeded()) {
+        // Answered like any failed transfer: later, on the main loop, unless cancelled first.
+        loop_.post([completions = std::weak_ptr<Completions>(completions_), id, error = loadError_] {
+            auto live = completions.lock();
+            if (!live) return;
+            auto it = live->byId.find(id);
+            if (it == live->byId.end()) return;
+            Completion pending = std::move(it->second);
+            live->byId.erase(it);
+            pending(platform::HttpTransferError{platform::HttpTransferError::Kind::other, error});
+        });
+    } else {
+        inbox_->push({Inbox::Command::Type::start, id, std::move(url), timeout});
+    }
     return platform::HttpRequest([completions = std::weak_ptr<Completions>(completions_),
                                   inbox = std::weak_ptr<Inbox>(inbox_), id] {
         if (auto live = completions.lock()) {

@@ -247,5 +247,30 @@ TEST_F(CurlHttpClientTest, ACompletionMayStartTheNextRequest) {
     EXPECT_EQ(bodies, (std::vector<std::string>{"/first", "/second"}));
 }
 
+TEST_F(CurlHttpClientTest, NothingStartsBeforeTheFirstRequest) {
+    EXPECT_FALSE(client_->isStarted()) << "a program that never translates pays for no worker";
+    client_.reset();  // and one that never started ends at once
+    client_ = std::make_unique<CurlHttpClient>(loop_);
+    LocalHttpServer server(Reply{200, "ok"});
+    std::optional<HttpResult> result;
+    auto request = get(server.origin() + "/", result);
+    EXPECT_TRUE(client_->isStarted());
+    ASSERT_TRUE(waitFor(result));
+}
+
+TEST_F(CurlHttpClientTest, AnIdleWorkerWakesForTheNextRequestAtOnce) {
+    LocalHttpServer server([](const LocalHttpServer::Request& request) { return Reply{200, request.target}; });
+    std::optional<HttpResult> first;
+    auto one = get(server.origin() + "/one", first);
+    ASSERT_TRUE(waitFor(first));
+    // The worker now waits with no time limit of its own; only the request may wake it.
+    const auto started = std::chrono::steady_clock::now();
+    std::optional<HttpResult> second;
+    auto two = get(server.origin() + "/two", second);
+    ASSERT_TRUE(waitFor(second));
+    EXPECT_EQ(std::get<HttpResponse>(*second).body, "/two");
+    EXPECT_LT(std::chrono::steady_clock::now() - started, 3s);
+}
+
 }  // namespace
 }  // namespace orvantis::curl

@@ -2,6 +2,10 @@
 
 #include <algorithm>
 #include <ctime>
+#include <stdexcept>
+#include <string>
+
+#include <poll.h>
 
 namespace orvantis::sim {
 
@@ -38,7 +42,7 @@ private:
 
 VirtualMainLoop::VirtualMainLoop(std::chrono::system_clock::time_point wallStart) : wallStart_(wallStart) {}
 
-VirtualMainLoop::~VirtualMainLoop() = default;
+VirtualMainLoop::~VirtualMainLoop() { *alive_ = false; }
 
 std::chrono::system_clock::time_point VirtualMainLoop::defaultWallStart() {
     std::tm tm{};
@@ -69,6 +73,16 @@ platform::TimerHandle VirtualMainLoop::addTimer(platform::Duration delay, platfo
     timers_.emplace(std::make_pair(due, nextTimerSeq_++), Timer{state, std::move(task), interval});
     return platform::TimerHandle(state);
 }
+
+Subscription VirtualMainLoop::watchReadable(int fd, platform::Task onReadable) {
+    const std::uint64_t id = nextWatchId_++;
+    watches_.emplace(id, Watch{fd, std::make_shared<platform::Task>(std::move(onReadable))});
+    return Subscription([this, alive = std::weak_ptr<bool>(alive_), id] {
+        if (auto flag = alive.lock(); flag && *flag) watches_.erase(id);
+    });
+}
+
+std::size_t VirtualMainLoop::watchedDescriptors() const { return watches_.size(); }
 
 std::unique_ptr<platform::SerialQueue> VirtualMainLoop::makeSerialQueue(std::string label) {
     auto state = std::make_shared<QueueState>();
@@ -125,6 +139,23 @@ bool VirtualMainLoop::runOneQueued() {
     return false;
 }
 
+bool VirtualMainLoop::runOneReadable() {
+    for (const auto& [id, watch] : watches_) {
+        pollfd entry{watch.fd, POLLIN, 0};
+        if (::poll(&entry, 1, 0) != 1 || (entry.revents & (POLLIN | POLLHUP | POLLERR)) == 0) continue;
+        // A callback that leaves its descriptor readable would be called for ever, as in a real
+        // loop; a test is told instead of hanging.
+        if (++readableInARow_ > 10000)
+            throw std::logic_error("VirtualMainLoop: descriptor " + std::to_string(watch.fd) +
+                                   " stays readable; its callback must read it");
+        // The callback may end its own watch (or others): keep it alive for the call.
+        const auto callback = watch.onReadable;
+        (*callback)();
+        return true;
+    }
+    return false;
+}
+
 bool VirtualMainLoop::runOneDueTimer() {
     while (!timers_.empty()) {
         auto it = timers_.begin();
@@ -148,10 +179,21 @@ bool VirtualMainLoop::runOneDueTimer() {
 std::size_t VirtualMainLoop::runUntilIdle() {
     std::size_t count = 0;
     for (;;) {
-        if (runOnePosted() || runOneQueued() || runOneDueTimer()) {
+        if (runOnePosted() || runOneQueued()) {
+            ++count;
+            readableInARow_ = 0;
+            continue;
+        }
+        if (runOneReadable()) {
             ++count;
             continue;
         }
+        if (runOneDueTimer()) {
+            ++count;
+            readableInARow_ = 0;
+            continue;
+        }
+        readableInARow_ = 0;
         return count;
     }
 }

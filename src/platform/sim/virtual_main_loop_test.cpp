@@ -4,6 +4,8 @@
 
 #include <vector>
 
+#include <unistd.h>
+
 namespace orvantis::sim {
 namespace {
 
@@ -79,6 +81,58 @@ TEST(VirtualMainLoopTest, WallClockMovesWithTimeAndCanJump) {
     EXPECT_EQ(loop.wallNow() - start, 24h);
     loop.runFor(1s);
     EXPECT_EQ(loop.wallNow() - start, 24h + 1s);
+}
+
+/// A pipe whose two ends close with the test.
+struct Pipe {
+    Pipe() { EXPECT_EQ(::pipe(fds), 0); }
+    ~Pipe() {
+        ::close(fds[0]);
+        ::close(fds[1]);
+    }
+    int fds[2] = {-1, -1};
+};
+
+TEST(VirtualMainLoopTest, AReadableDescriptorIsServedWithoutTimeMoving) {
+    VirtualMainLoop loop;
+    Pipe pipe;
+    std::string received;
+    auto watch = loop.watchReadable(pipe.fds[0], [&] {
+        char buffer[16];
+        const auto n = ::read(pipe.fds[0], buffer, sizeof buffer);
+        if (n > 0) received.append(buffer, static_cast<std::size_t>(n));
+    });
+    EXPECT_TRUE(watch);
+    EXPECT_EQ(loop.runUntilIdle(), 0u) << "nothing to read yet";
+    ASSERT_EQ(::write(pipe.fds[1], "ab", 2), 2);
+    EXPECT_EQ(loop.runUntilIdle(), 1u);
+    EXPECT_EQ(received, "ab");
+    EXPECT_EQ(loop.pendingTimers(), 0u);
+}
+
+TEST(VirtualMainLoopTest, AnEndedWatchIsNotCalledAgain) {
+    VirtualMainLoop loop;
+    Pipe pipe;
+    int calls = 0;
+    Subscription watch = loop.watchReadable(pipe.fds[0], [&] {
+        ++calls;
+        char c;
+        (void)::read(pipe.fds[0], &c, 1);
+        watch.reset();  // the callback may end its own watch
+    });
+    EXPECT_EQ(loop.watchedDescriptors(), 1u);
+    ASSERT_EQ(::write(pipe.fds[1], "xy", 2), 2);
+    loop.runUntilIdle();
+    EXPECT_EQ(calls, 1) << "one byte is still there, but the watch has ended";
+    EXPECT_EQ(loop.watchedDescriptors(), 0u);
+}
+
+TEST(VirtualMainLoopTest, ACallbackThatNeverReadsIsReportedInsteadOfHanging) {
+    VirtualMainLoop loop;
+    Pipe pipe;
+    auto watch = loop.watchReadable(pipe.fds[0], [] {});
+    ASSERT_EQ(::write(pipe.fds[1], "z", 1), 1);
+    EXPECT_THROW(loop.runUntilIdle(), std::logic_error);
 }
 
 }  // namespace

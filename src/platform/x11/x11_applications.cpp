@@ -93,6 +93,11 @@ X11Applications::X11Applications(std::unique_ptr<Connection> connection) : conne
 
 X11Applications::~X11Applications() = default;
 
+const freedesktop::DesktopEntries& X11Applications::desktopEntries() const {
+    if (!desktopEntries_) desktopEntries_ = std::make_unique<freedesktop::DesktopEntries>();
+    return *desktopEntries_;
+}
+
 std::optional<platform::ApplicationInfo> X11Applications::frontmostApplication() const {
     Display* display = connection_->display;
     auto* previous = XSetErrorHandler(ignoreErrors);
@@ -109,8 +114,8 @@ std::optional<platform::ApplicationInfo> X11Applications::frontmostApplication()
             platform::ApplicationInfo info;
             const freedesktop::DesktopEntry* entry = nullptr;
             if (auto gtkID = connection_->property(*window, "_GTK_APPLICATION_ID", AnyPropertyType, 8))
-                entry = desktopEntries_.byID(*gtkID);
-            if (entry == nullptr) entry = desktopEntries_.forWindowClass(instanceName, className);
+                entry = desktopEntries().byID(*gtkID);
+            if (entry == nullptr) entry = desktopEntries().forWindowClass(instanceName, className);
             if (entry != nullptr) {
                 info.bundleID = entry->id;
                 info.localizedName = entry->name;

@@ -12,7 +12,8 @@ namespace orvantis::x11 {
 /// (`_NET_ACTIVE_WINDOW` of the window manager), or, without a window manager, of the window
 /// that has the input focus. It is identified by its desktop file (through `_GTK_APPLICATION_ID`,
 /// the desktop file's StartupWMClass, or a desktop file named like the window class), else by
-/// its WM_CLASS class. Holds a display connection of its own. Main thread only.
+/// its WM_CLASS class. The desktop files are read at the first question, not at construction.
+/// Holds a display connection of its own. Main thread only.
 class X11Applications final : public platform::Applications {
 public:
     /// Connects to `displayName` ($DISPLAY when null); null without a display.
@@ -27,9 +28,10 @@ public:
 
 private:
     explicit X11Applications(std::unique_ptr<Connection> connection);
+    const freedesktop::DesktopEntries& desktopEntries() const;
 
     std::unique_ptr<Connection> connection_;
-    freedesktop::DesktopEntries desktopEntries_;
+    mutable std::unique_ptr<freedesktop::DesktopEntries> desktopEntries_;  ///< read at first use
 };
 
 }  // namespace orvantis::x11
