@@ -142,6 +142,7 @@ TEST(TextTransformTest, HexDecode) {
     EXPECT_EQ(run(T::hexDecode, "0 x41"), "A");  // blanks go before "0x" is looked for
     EXPECT_EQ(run(T::hexDecode, "ff"), "(non-UTF8) ff");
     EXPECT_EQ(run(T::hexDecode, "+f41"), "\x0f" "A");  // the number parser takes a sign
+    EXPECT_EQ(run(T::hexDecode, "-041"), std::string("\0A", 2));  // and a minus for zero
     EXPECT_EQ(run(T::hexDecode, "d0bf"), "п");
     EXPECT_EQ(errorOf(T::hexDecode, "abc"), "Invalid input for Hex (odd length).");
     EXPECT_EQ(errorOf(T::hexDecode, "zz"), "Invalid input for Hex.");
@@ -194,6 +195,8 @@ TEST(TextTransformTest, UnicodeUnescape) {
     EXPECT_EQ(run(T::unicodeUnescape, "\\ud83d\\ude00"), "\\ud83d\\ude00");  // halves are no scalars
     EXPECT_EQ(run(T::unicodeUnescape, "\\u004"), "\\u004");
     EXPECT_EQ(run(T::unicodeUnescape, "\\u+041"), "A");
+    EXPECT_EQ(run(T::unicodeUnescape, "\\u-000"), std::string(1, '\0'));
+    EXPECT_EQ(run(T::unicodeUnescape, "\\u-001"), "\\u-001");
     EXPECT_EQ(run(T::unicodeUnescape, "\\U0001F600 \\x41 \\u{41}"), "\\U0001F600 \\x41 \\u{41}");
     EXPECT_EQ(run(T::unicodeUnescape, "\\u041F\\u0440\\u0438"), "При");
     EXPECT_EQ(run(T::unicodeUnescape, "x\\u0041"), "xA");
