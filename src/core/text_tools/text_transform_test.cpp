@@ -219,6 +219,7 @@ TEST(TextTransformTest, JsonPretty) {
     EXPECT_EQ(run(T::jsonPretty, "{}"), "{\n\n}");
     EXPECT_EQ(run(T::jsonPretty, "1.0"), "1");
     EXPECT_EQ(run(T::jsonPretty, "1.5"), "1.5");
+    EXPECT_EQ(run(T::jsonPretty, "[-0.0,-7e-717,1e300,-2.5e-7]"), "[\n  0,\n  0,\n  1e+300,\n  -2.5e-07\n]");
     EXPECT_EQ(run(T::jsonPretty, "\u00a0[]\n"), "[\n\n]");
     EXPECT_EQ(errorOf(T::jsonPretty, ""), "Invalid input for JSON.");
     EXPECT_EQ(errorOf(T::jsonPretty, "{'b':1}"), "Invalid input for JSON.");

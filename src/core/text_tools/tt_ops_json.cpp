@@ -49,9 +49,10 @@ void appendScalar(std::string& out, const Json& value) {
         // A number with nothing after the point is written as an integer, as "1.0" reads
         // back the same as 1.
         if (std::isfinite(d) && d == std::floor(d) && std::fabs(d) < 1e15) {
+            // Negative zero too is written "0": it reads back as the integer zero.
             char buffer[32];
-            std::snprintf(buffer, sizeof buffer, "%.0f", d);
-            out.append(std::string_view(buffer) == "-0" ? "-0" : buffer);
+            std::snprintf(buffer, sizeof buffer, "%.0f", d == 0 ? 0.0 : d);
+            out.append(buffer);
         } else {
             out.append(value.dump());
         }
