@@ -200,6 +200,8 @@ TEST(TextTransformTest, UnicodeUnescape) {
     EXPECT_EQ(run(T::unicodeUnescape, "\\U0001F600 \\x41 \\u{41}"), "\\U0001F600 \\x41 \\u{41}");
     EXPECT_EQ(run(T::unicodeUnescape, "\\u041F\\u0440\\u0438"), "При");
     EXPECT_EQ(run(T::unicodeUnescape, "x\\u0041"), "xA");
+    EXPECT_EQ(run(T::unicodeUnescape, "\r\n\\u0041\r\\u0042"), "\r\nA\rB");
+    EXPECT_EQ(run(T::unicodeUnescape, "п\\u0041"), "пA");
     EXPECT_EQ(run(T::unicodeUnescape, ""), "");
     EXPECT_EQ(run(T::unicodeUnescape, kMixed), kMixed);
     // Positions count characters: a mark on a digit makes the group fail.
@@ -328,6 +330,9 @@ TEST(TextTransformTest, CountStatistics) {
     // "Привет e\u0301 🇩🇪 👨‍👩‍👧!": 6 letters, 3 blanks, é, the flag, the family and "!".
     EXPECT_EQ(run(T::count, kMixed), "Characters:  13\nWords:       4\nLines:       1\nUTF-8 bytes: " +
                                          std::to_string(kMixed.size()));
+    EXPECT_EQ(run(T::count, "  один\u2028два\u00a0три  "),
+              "Characters:  16\nWords:       3\nLines:       2\nUTF-8 bytes: 29");
+    EXPECT_EQ(run(T::count, "\n"), "Characters:  1\nWords:       0\nLines:       2\nUTF-8 bytes: 1");
     EXPECT_EQ(run(T::count, "a\r\nb\n\nc"), "Characters:  6\nWords:       3\nLines:       4\nUTF-8 bytes: 7");
 }
 

@@ -19,7 +19,6 @@
 #include <unicode/uchar.h>
 
 #include "core/text/graphemes.h"
-#include "core/text/split.h"
 #include "core/text/utf.h"
 #include "core/text/character_class.h"
 #include "core/text/whitespace.h"
@@ -598,16 +597,20 @@ std::string runUnicodeEscape(std::string_view text) {
 
 std::string runUnicodeUnescape(std::string_view text) {
     if (text.find("\\u") == std::string_view::npos) return std::string(text);
-    // Positions count characters: the boundaries of every cluster, once.
-    const std::vector<std::size_t> bounds = text::graphemeBoundaries(text);
-    const std::size_t count = bounds.size() - 1;
-    auto character = [&](std::size_t index) { return text.substr(bounds[index], bounds[index + 1] - bounds[index]); };
+    // Positions count characters. In ASCII without carriage returns every byte is one; else
+    // the boundaries of every cluster are found once.
+    std::vector<std::size_t> bounds;
+    const bool bytesAreCharacters = isAscii(text) && text.find('\r') == std::string_view::npos;
+    if (!bytesAreCharacters) bounds = text::graphemeBoundaries(text);
+    const std::size_t count = bytesAreCharacters ? text.size() : bounds.size() - 1;
+    auto start = [&](std::size_t index) { return bytesAreCharacters ? index : bounds[index]; };
+    auto character = [&](std::size_t index) { return text.substr(start(index), start(index + 1) - start(index)); };
     std::string out;
     out.reserve(text.size());
     std::size_t i = 0;
     while (i < count) {
         if (character(i) == "\\" && i + 5 < count && character(i + 1) == "u") {
-            const std::string_view digits = text.substr(bounds[i + 2], bounds[i + 6] - bounds[i + 2]);
+            const std::string_view digits = text.substr(start(i + 2), start(i + 6) - start(i + 2));
             const auto value = parseUnsignedHex(digits, 0xFFFFFFFFu);
             if (value && *value <= 0x10FFFF && (*value < 0xD800 || *value > 0xDFFF)) {
                 text::appendUtf8(out, static_cast<char32_t>(*value));
@@ -677,13 +680,29 @@ std::string runIsoToUnix(std::string_view text) {
 }
 
 std::string runCountStats(std::string_view text, SettingsLanguage lang) {
-    const std::size_t characters = text::graphemeCount(text);
-    const std::size_t words =
-        text::splitAtCharacters(text, [](std::string_view c) { return text::isWhitespace(c); }, text::EmptyPieces::omit)
-            .size();
-    const std::size_t lines =
-        text::splitAtCharacters(text, [](std::string_view c) { return text::isNewline(c); }, text::EmptyPieces::keep)
-            .size();
+    // One walk over the characters: words are runs of characters that are not white space,
+    // lines are one more than the line-break characters (CR LF is one).
+    std::size_t characters = 0;
+    std::size_t words = 0;
+    std::size_t lines = 1;
+    bool inWord = false;
+    auto visit = [&](std::string_view character) {
+        ++characters;
+        const bool space = text::isWhitespace(character);
+        if (!space && !inWord) ++words;
+        inWord = !space;
+        if (space && text::isNewline(character)) ++lines;
+    };
+    if (isAscii(text)) {
+        for (std::size_t i = 0; i < text.size(); ++i) {
+            const std::size_t length = (text[i] == '\r' && i + 1 < text.size() && text[i + 1] == '\n') ? 2 : 1;
+            visit(text.substr(i, length));
+            i += length - 1;
+        }
+    } else {
+        const std::vector<std::size_t> bounds = text::graphemeBoundaries(text);
+        for (std::size_t i = 0; i + 1 < bounds.size(); ++i) visit(text.substr(bounds[i], bounds[i + 1] - bounds[i]));
+    }
     const bool ru = lang == SettingsLanguage::ru;
     std::string out;
     out.append(ru ? "Символов:    " : "Characters:  ").append(std::to_string(characters)).append("\n");
