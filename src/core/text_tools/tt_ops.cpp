@@ -526,15 +526,11 @@ std::string runHexDecode(std::string_view text) {
             bytes[i / 2] = static_cast<char>(*value);
         }
     } else {
-        // Characters, not bytes, make the pairs: a letter with a mark is one character.
-        const std::vector<std::string> chars = text::graphemes(s);
-        if (chars.empty() || chars.size() % 2 != 0) throw TransformError("Hex (odd length)");
-        bytes.resize(chars.size() / 2);
-        for (std::size_t i = 0; i < chars.size(); i += 2) {
-            const auto value = parseUnsignedHex(chars[i] + chars[i + 1], 0xFF);
-            if (!value || chars[i].size() != 1 || chars[i + 1].size() != 1) throw TransformError("Hex");
-            bytes[i / 2] = static_cast<char>(*value);
-        }
+        // Characters, not bytes, make the pairs: a letter with a mark is one character. A
+        // character outside ASCII is no hex digit, so with an even count some pair fails.
+        const std::size_t count = text::graphemeCount(s);
+        if (count == 0 || count % 2 != 0) throw TransformError("Hex (odd length)");
+        throw TransformError("Hex");
     }
     return textOrHex(std::move(bytes));
 }
