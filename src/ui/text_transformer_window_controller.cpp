@@ -1,5 +1,7 @@
 #include "ui/text_transformer_window_controller.h"
 
+#include <algorithm>
+
 #include <QApplication>
 #include <QCloseEvent>
 #include <QFontDatabase>
@@ -23,6 +25,33 @@ namespace orvantis::ui {
 namespace {
 
 QString qs(std::string_view text) { return QString::fromUtf8(text.data(), static_cast<int>(text.size())); }
+
+/// Lines of the result longer than this are shown in pieces of this many characters: Qt's text
+/// view lays out one long line in time that grows with its square (two minutes for the Base64
+/// of a megabyte), and pieces of this size look the same wrapped. Copy takes the result itself.
+constexpr qsizetype kShownLinePiece = 4096;
+
+QString shownText(const std::string& result) {
+    QString text = QString::fromUtf8(result.data(), static_cast<qsizetype>(result.size()));
+    QString shown;
+    qsizetype lineStart = 0;
+    bool cut = false;
+    for (qsizetype i = 0; i <= text.size(); ++i) {
+        if (i == text.size() || text[i] == QLatin1Char('\n')) {
+            for (qsizetype p = lineStart; p < i; p += kShownLinePiece) {
+                qsizetype end = std::min(p + kShownLinePiece, i);
+                if (end < i && text[end - 1].isHighSurrogate()) ++end;  // a pair stays whole
+                if (p > lineStart) shown += QLatin1Char('\n');
+                shown += QStringView(text).mid(p, end - p);
+                if (end - p > kShownLinePiece) p = end - kShownLinePiece;
+                cut = cut || end < i;
+            }
+            if (i < text.size()) shown += QLatin1Char('\n');
+            lineStart = i + 1;
+        }
+    }
+    return cut ? shown : text;
+}
 
 QFont sizedFont(QFont font, int pixels) {
     font.setPixelSize(pixels);
@@ -177,7 +206,8 @@ void TextTransformerWindowController::refreshButtonTitle() {
 void TextTransformerWindowController::recompute() {
     const std::string input = inputTextView_->toPlainText().toStdString();
     const TransformOutcome outcome = recomputeTransform(selectedTransform_, input, settings_.settingsLanguage());
-    outputTextView_->setPlainText(QString::fromUtf8(outcome.output.data(), static_cast<int>(outcome.output.size())));
+    result_ = outcome.output;
+    outputTextView_->setPlainText(shownText(result_));
     statusLabel_->setText(qs(outcome.status));
 }
 
@@ -210,7 +240,7 @@ void TextTransformerWindowController::selectTransform(TextTransform transform) {
 
 void TextTransformerWindowController::copyClicked() {
     // No acknowledgement to the clipboard monitor: the result enters the history by design.
-    pasteboard_.write(platform::PasteboardItem::text(outputTextView_->toPlainText().toStdString()));
+    pasteboard_.write(platform::PasteboardItem::text(result_));
 }
 
 void TextTransformerWindowController::closeEvent(QCloseEvent* event) {

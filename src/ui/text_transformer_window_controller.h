@@ -3,6 +3,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <string>
 #include <vector>
 
 #include <QFrame>
@@ -92,6 +93,8 @@ private:
     platform::Pasteboard& pasteboard_;
     std::function<void()> onClosed_;
     TextTransform selectedTransform_ = TextTransform::base64Encode;
+    /// The last result as computed; the output view may show long lines in pieces.
+    std::string result_;
     QPlainTextEdit* inputTextView_;
     QPlainTextEdit* outputTextView_;
     QPushButton* transformButton_;

@@ -141,6 +141,22 @@ TEST_F(TextTransformerWindowTest, ASearchWithoutHitsAndReturnDoNothing) {
     w->close();
 }
 
+TEST_F(TextTransformerWindowTest, ALongResultIsShownInPiecesAndCopiedWhole) {
+    auto w = makeWindow();
+    const std::string input(6000, 'a');  // its Base64 is one line of 8,000 characters
+    w->inputTextView()->setPlainText(QString::fromStdString(input));
+    const std::string shown = output(*w);
+    EXPECT_EQ(shown.size(), 8001u);
+    EXPECT_EQ(shown.find('\n'), 4096u);
+    w->copyButton()->click();
+    EXPECT_EQ(desktop_.pasteboard().data(platform::pasteboard_type::kText),
+              apply(TextTransform::base64Encode, input));
+    // Short lines are shown as they are.
+    w->inputTextView()->setPlainText("{\"a\":1}");
+    w->selectTransform(TextTransform::jsonPretty);
+    EXPECT_EQ(output(*w), "{\n  \"a\" : 1\n}");
+}
+
 TEST_F(TextTransformerWindowTest, ClosingTellsTheOwner) {
     auto w = makeWindow();
     w->showWindow();
