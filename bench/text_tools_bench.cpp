@@ -40,9 +40,9 @@ const std::string& hundredMegabytes() {
 void runOnHundredMegabytes(benchmark::State& state, TextTransform transform) {
     const std::string& input =
         transform == TextTransform::base64Decode
-            ? *new std::string(orvantis::apply(TextTransform::base64Encode, hundredMegabytes()))
+            ? *new std::string(orvantis::applyTransform(TextTransform::base64Encode, hundredMegabytes()))
             : hundredMegabytes();
-    for (auto _ : state) benchmark::DoNotOptimize(orvantis::apply(transform, input));
+    for (auto _ : state) benchmark::DoNotOptimize(orvantis::applyTransform(transform, input));
     state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * input.size()));
 }
 
@@ -50,11 +50,11 @@ void runOnOneMegabyte(benchmark::State& state, TextTransform transform) {
     std::string input = mixedText(1u << 20);
     // The decoders and parsers get input of their own format.
     switch (transform) {
-    case TextTransform::base64Decode: input = orvantis::apply(TextTransform::base64Encode, input).substr(0, 1u << 20); break;
-    case TextTransform::hexDecode: input = orvantis::apply(TextTransform::hexEncode, input).substr(0, 1u << 20); break;
-    case TextTransform::urlDecode: input = orvantis::apply(TextTransform::urlEncode, input); break;
-    case TextTransform::unicodeUnescape: input = orvantis::apply(TextTransform::unicodeEscape, input); break;
-    case TextTransform::htmlUnescape: input = orvantis::apply(TextTransform::htmlEscape, input); break;
+    case TextTransform::base64Decode: input = orvantis::applyTransform(TextTransform::base64Encode, input).substr(0, 1u << 20); break;
+    case TextTransform::hexDecode: input = orvantis::applyTransform(TextTransform::hexEncode, input).substr(0, 1u << 20); break;
+    case TextTransform::urlDecode: input = orvantis::applyTransform(TextTransform::urlEncode, input); break;
+    case TextTransform::unicodeUnescape: input = orvantis::applyTransform(TextTransform::unicodeEscape, input); break;
+    case TextTransform::htmlUnescape: input = orvantis::applyTransform(TextTransform::htmlEscape, input); break;
     case TextTransform::jsonPretty:
     case TextTransform::jsonMinify: {
         std::string json = "[";
@@ -69,7 +69,7 @@ void runOnOneMegabyte(benchmark::State& state, TextTransform transform) {
     }
     for (auto _ : state) {
         try {
-            benchmark::DoNotOptimize(orvantis::apply(transform, input));
+            benchmark::DoNotOptimize(orvantis::applyTransform(transform, input));
         } catch (const TransformError&) {
         }
     }

@@ -31,7 +31,7 @@ TextTransform fuzzed() {
 
 std::optional<std::string> tryApply(TextTransform t, std::string_view text) {
     try {
-        return orvantis::apply(t, text);
+        return orvantis::applyTransform(t, text);
     } catch (const orvantis::TransformError& error) {
         require(error.errorDescription().rfind("Invalid input for ", 0) == 0);
         return std::nullopt;
@@ -57,14 +57,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             if (!isBinaryResult(*out)) {
                 const TextTransform encode =
                     t == TextTransform::base64Decode ? TextTransform::base64Encode : TextTransform::hexEncode;
-                require(tryApply(t, orvantis::apply(encode, *out)) == *out);
+                require(tryApply(t, orvantis::applyTransform(encode, *out)) == *out);
             }
         }
         break;
     case TextTransform::urlDecode:
         require(out.has_value());
         if (valid) require(isValidUtf8(*out));
-        if (valid) require(tryApply(t, orvantis::apply(TextTransform::urlEncode, input)) == std::string(input));
+        if (valid) require(tryApply(t, orvantis::applyTransform(TextTransform::urlEncode, input)) == std::string(input));
         break;
     case TextTransform::unicodeUnescape:
         require(out.has_value());
@@ -72,7 +72,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             require(isValidUtf8(*out));
             bool basicPlane = true;
             for (const auto& c : orvantis::text::codePoints(input)) basicPlane = basicPlane && c.value <= 0xFFFF;
-            if (basicPlane) require(tryApply(t, orvantis::apply(TextTransform::unicodeEscape, input)) == std::string(input));
+            if (basicPlane) require(tryApply(t, orvantis::applyTransform(TextTransform::unicodeEscape, input)) == std::string(input));
         }
         break;
     case TextTransform::jsonPretty:

@@ -76,7 +76,7 @@ int runTransformCommand(const std::vector<std::string>& args, std::istream& in, 
     try {
         const SettingsLanguage lang =
             *transform == TextTransform::count && language ? language() : SettingsLanguage::en;
-        const std::string result = apply(*transform, input, lang);
+        const std::string result = applyTransform(*transform, input, lang);
         out.write(result.data(), static_cast<std::streamsize>(result.size()));
         out.flush();
     } catch (const TransformError& error) {

@@ -150,7 +150,7 @@ TEST_F(TextTransformerWindowTest, ALongResultIsShownInPiecesAndCopiedWhole) {
     EXPECT_EQ(shown.find('\n'), 4096u);
     w->copyButton()->click();
     EXPECT_EQ(desktop_.pasteboard().data(platform::pasteboard_type::kText),
-              apply(TextTransform::base64Encode, input));
+              applyTransform(TextTransform::base64Encode, input));
     // Short lines are shown as they are.
     w->inputTextView()->setPlainText("{\"a\":1}");
     w->selectTransform(TextTransform::jsonPretty);

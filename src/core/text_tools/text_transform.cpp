@@ -65,7 +65,7 @@ std::string_view displayName(TextTransform transform, SettingsLanguage language)
 TransformError::TransformError(std::string format)
     : std::runtime_error("Invalid input for " + format + "."), format_(std::move(format)) {}
 
-std::string apply(TextTransform transform, std::string_view text, SettingsLanguage language) {
+std::string applyTransform(TextTransform transform, std::string_view text, SettingsLanguage language) {
     using TTOps::HashAlgorithm;
     switch (transform) {
     case TextTransform::md5: return TTOps::runHash(text, HashAlgorithm::md5);

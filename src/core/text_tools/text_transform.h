@@ -80,7 +80,8 @@ private:
 /// Applies `transform` to the whole of `text` (UTF-8). `language` is the interface language,
 /// read only by `count` for its labels. Throws `TransformError` when the input does not fit
 /// the format; never anything else for any input, ill-formed UTF-8 included (read as U+FFFD
-/// where characters are needed).
-std::string apply(TextTransform transform, std::string_view text, SettingsLanguage language = SettingsLanguage::en);
+/// where characters are needed). (Not named `apply`: an unqualified call with a std::string
+/// would meet std::apply through argument-dependent lookup and fail to compile.)
+std::string applyTransform(TextTransform transform, std::string_view text, SettingsLanguage language = SettingsLanguage::en);
 
 }  // namespace orvantis

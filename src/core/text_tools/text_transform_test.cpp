@@ -14,13 +14,13 @@ namespace {
 using T = TextTransform;
 
 std::string run(T transform, std::string_view text, SettingsLanguage lang = SettingsLanguage::en) {
-    return apply(transform, text, lang);
+    return applyTransform(transform, text, lang);
 }
 
 /// The user's text of the error `transform` throws for `text`, or "no error".
 std::string errorOf(T transform, std::string_view text) {
     try {
-        apply(transform, text);
+        applyTransform(transform, text);
     } catch (const TransformError& error) {
         return error.what();
     }
@@ -341,7 +341,7 @@ TEST(TextTransformTest, EveryTransformTakesTheEmptyTextAndIllFormedBytes) {
     for (T t : kAllTextTransforms) {
         EXPECT_EQ(errorOf(t, "") != "no error", failOnEmpty.count(t) == 1) << id(t);
         try {
-            apply(t, "\xff\xc0\x80 a\xed\xa0\x80\xf4\x90\x80\x80 %\xff&#\xff; \\u\xff\xff\xff\xff");
+            applyTransform(t, "\xff\xc0\x80 a\xed\xa0\x80\xf4\x90\x80\x80 %\xff&#\xff; \\u\xff\xff\xff\xff");
         } catch (const TransformError&) {
         }
     }

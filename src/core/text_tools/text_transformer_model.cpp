@@ -7,7 +7,7 @@ namespace orvantis {
 
 TransformOutcome recomputeTransform(TextTransform transform, std::string_view input, SettingsLanguage language) {
     try {
-        return {apply(transform, input, language), ""};
+        return {applyTransform(transform, input, language), ""};
     } catch (const TransformError& error) {
         return {"", error.errorDescription()};
     }
