@@ -85,6 +85,22 @@ TEST(TransformCommandTest, CountUsesTheInterfaceLanguage) {
     EXPECT_FALSE(asked);  // other transforms leave the settings closed
 }
 
+TEST(TransformCommandTest, DigestsReadTheInputInPieces) {
+    // A letter of two bytes, and one of four, across the end of the first megabyte.
+    for (const std::string& letter : {std::string("я"), std::string("😀")}) {
+        for (std::size_t before = (1u << 20) - 3; before < (1u << 20) + 1; ++before) {
+            const std::string input = std::string(before, 'a') + letter + "b";
+            const Result r = run({"transform", "sha256"}, input);
+            EXPECT_EQ(r.status, 0) << before;
+            EXPECT_EQ(r.out, applyTransform(TextTransform::sha256, input)) << before;
+        }
+    }
+    EXPECT_EQ(run({"transform", "md5"}, std::string((1u << 20) - 1, 'a') + "\xd1").status, 2);   // cut at the end
+    EXPECT_EQ(run({"transform", "md5"}, std::string((1u << 20) - 1, 'a') + "\xd1" "a").status, 2);  // broken across
+    EXPECT_EQ(run({"transform", "md5"}, std::string((1u << 20) - 2, 'a') + "\xf0\x9f" + "a").status, 2);
+    EXPECT_EQ(run({"transform", "sha1"}, std::string(3u << 20, 'a') + "\xff").status, 2);
+}
+
 TEST(TransformCommandTest, LargeInputPassesWhole) {
     const std::string input(5 * 1024 * 1024 + 7, 'z');
     const Result r = run({"transform", "hexEncode"}, input);

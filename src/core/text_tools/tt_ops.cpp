@@ -339,6 +339,34 @@ std::string runHash(std::string_view text, HashAlgorithm algorithm) {
     return out;
 }
 
+struct IncrementalHash::Context {
+    EVP_MD_CTX* md = EVP_MD_CTX_new();
+    bool ok = false;
+};
+
+IncrementalHash::IncrementalHash(HashAlgorithm algorithm) : context_(new Context) {
+    context_->ok = context_->md != nullptr && EVP_DigestInit_ex(context_->md, digestOf(algorithm), nullptr) == 1;
+}
+
+IncrementalHash::~IncrementalHash() {
+    EVP_MD_CTX_free(context_->md);
+    delete context_;
+}
+
+void IncrementalHash::update(std::string_view piece) {
+    if (context_->ok) context_->ok = EVP_DigestUpdate(context_->md, piece.data(), piece.size()) == 1;
+}
+
+std::string IncrementalHash::hex() {
+    unsigned char digest[EVP_MAX_MD_SIZE];
+    unsigned int length = 0;
+    if (!context_->ok || EVP_DigestFinal_ex(context_->md, digest, &length) != 1) length = 0;
+    context_->ok = false;
+    std::string out;
+    appendHex(out, std::string_view(reinterpret_cast<const char*>(digest), length));
+    return out;
+}
+
 std::string runBase64Encode(std::string_view text) {
     const std::size_t n = text.size();
     std::string out = largeString((n + 2) / 3 * 4, '=');

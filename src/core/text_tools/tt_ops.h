@@ -13,6 +13,23 @@ enum class HashAlgorithm { md5, sha1, sha256, sha512 };
 
 /// Lower-case hex digest of the bytes of `text`, through libcrypto.
 std::string runHash(std::string_view text, HashAlgorithm algorithm);
+
+/// The digest of a text that arrives in pieces, for input too large to hold twice: `hex()`
+/// after every piece is what `runHash` gives for the whole.
+class IncrementalHash {
+public:
+    explicit IncrementalHash(HashAlgorithm algorithm);
+    ~IncrementalHash();
+    IncrementalHash(const IncrementalHash&) = delete;
+    IncrementalHash& operator=(const IncrementalHash&) = delete;
+    void update(std::string_view piece);
+    /// The digest of everything so far; call once, at the end.
+    std::string hex();
+
+private:
+    struct Context;
+    Context* context_;
+};
 /// Standard Base64 with padding, on one line.
 std::string runBase64Encode(std::string_view text);
 /// Tolerant Base64: blanks, CR and LF dropped, the URL-safe alphabet mapped, missing padding
