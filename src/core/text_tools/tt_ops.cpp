@@ -3,26 +3,25 @@
 #include <array>
 #include <bit>
 #include <charconv>
-#include <clocale>
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <limits>
 #include <optional>
 #include <vector>
 
-#include <locale.h>
-#include <sys/mman.h>
 #include <openssl/evp.h>
 #include <unicode/uchar.h>
 
+#include "core/text/character_class.h"
 #include "core/text/graphemes.h"
 #include "core/text/utf.h"
-#include "core/text/character_class.h"
 #include "core/text/whitespace.h"
 #include "core/text_tools/text_transform.h"
+
+#include <locale.h>
+#include <sys/mman.h>
 
 namespace orvantis::TTOps {
 namespace {
