@@ -8,7 +8,7 @@ packages=(
   build-essential cmake ninja-build pkg-config git
   # core libraries
   libicu-dev nlohmann-json3-dev libplist-dev libcld2-dev libssl-dev libsystemd-dev libcurl4-openssl-dev
-  libaspell-dev
+  libaspell-dev libgumbo-dev
   # word lists for the language of short selections (each optional at run time)
   aspell-en aspell-de aspell-fr aspell-es aspell-ru aspell-uk
   # loaded at run time with dlopen (at the first translation, the first hash of non-text content):

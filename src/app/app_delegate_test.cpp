@@ -20,8 +20,10 @@
 #include "core/log/app_logger.h"
 #include "core/settings/app_settings.h"
 #include "core/settings/preference_store.h"
+#include "core/text_tools/text_transformer_coordinator.h"
 #include "core/translator/translation_popup.h"
 #include "platform/applications.h"
+#include "platform/key_output.h"
 #include "platform/pointer.h"
 #include "platform/serial_queue.h"
 #include "platform/sim/desktop.h"
@@ -168,6 +170,15 @@ public:
     bool isVisible() const override { return false; }
 };
 
+class RecordingTextToolsWindow final : public TextTransformerWindow {
+public:
+    explicit RecordingTextToolsWindow(Record& record) : record_(record) {}
+    void show() override { record_.push_back("text tools show"); }
+
+private:
+    Record& record_;
+};
+
 class NoFrontmostApplication final : public platform::Applications {
 public:
     std::optional<platform::ApplicationInfo> frontmostApplication() const override { return std::nullopt; }
@@ -198,6 +209,10 @@ protected:
         services_.makeClipboardPopup = [this] {
             record_.push_back("clipboard popup");
             return std::make_unique<NoClipboardPopup>();
+        };
+        services_.makeTextTransformerWindow = [this](AppSettings&, std::function<void()>) {
+            record_.push_back("text tools window");
+            return std::make_unique<RecordingTextToolsWindow>(record_);
         };
         services_.systemVersion = "Simulated Linux 1";
         simPermissions_.set(sim::Permissions::Kind::inputMonitoring, true);
@@ -253,6 +268,20 @@ TEST_F(AppDelegateTest, LaunchBuildsEachFeatureInOrderThenInstallsTheTap) {
                                           "tap start"));        // 19: the tap, after every closure is wired
     ASSERT_NE(delegate_->menuBarController(), nullptr);
     EXPECT_EQ(delegate_->menuBarController()->statusIcon(), ui::MenuBarController::StatusIcon::keyboard);
+}
+
+TEST_F(AppDelegateTest, TheTextToolsHotkeyOpensOneWindow) {
+    completeOnboarding();
+    launch();
+    takeRecord();
+    // Super+Shift+T, the default of the text tools hotkey.
+    desktop_.press(17, platform::key_flags::kControl | platform::key_flags::kShift);
+    desktop_.loop().runUntilIdle();
+    desktop_.press(17, platform::key_flags::kControl | platform::key_flags::kShift);
+    desktop_.loop().runUntilIdle();
+    const Record record = takeRecord();
+    EXPECT_EQ(std::count(record.begin(), record.end(), "text tools window"), 1);
+    EXPECT_EQ(std::count(record.begin(), record.end(), "text tools show"), 2);
 }
 
 TEST_F(AppDelegateTest, PermissionAlreadyGrantedCreatesNoPollingTimer) {

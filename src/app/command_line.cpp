@@ -9,6 +9,7 @@
 #include <nlohmann/json.hpp>
 
 #include "app/clipboard_command.h"
+#include "app/transform_command.h"
 #include "app/translate_command.h"
 #include "build_info.h"
 #include "core/language/language_detector.h"
@@ -51,6 +52,10 @@ constexpr std::string_view kUsage =
     "  orvantis clipboard search [--json] TEXT\n"
     "                                  the entries that the clipboard popup's search keeps\n"
     "  orvantis clipboard clear        empty the clipboard history, pinned entries too\n"
+    "  orvantis transform NAME         standard input through the text tool NAME (md5, base64Decode,\n"
+    "                                  jsonPretty, unixToISO...), the result on standard output\n"
+    "                                  as it is, with no line break added\n"
+    "  orvantis transform --list       the text tools: name, a tab, what it does\n"
     "  orvantis --version              the version and build\n"
     "  orvantis --help                 this text\n"
     "\n"
@@ -254,6 +259,13 @@ int runCommandLine(const std::vector<std::string>& args, const CommandLineEnviro
     if (args[0] == "detect") return runDetect(args);
     if (args[0] == "translate") return runTranslateCommand(args);
     if (args[0] == "clipboard") return runClipboardCommand(args);
+    if (args[0] == "transform") {
+        // The interface language gives the labels of the count; the store is opened only then.
+        return runTransformCommand(args, std::cin, std::cout, std::cerr, [] {
+            SettingsSession session;
+            return session.settings().settingsLanguage();
+        });
+    }
     return usageError("unknown command \"" + args[0] + "\"");
 }
 

@@ -5,7 +5,9 @@
 #include <string>
 
 namespace orvantis {
+class AppSettings;
 class ClipboardHistoryPopup;
+class TextTransformerWindow;
 class TranslationPopup;
 }  // namespace orvantis
 namespace orvantis::platform {
@@ -45,6 +47,9 @@ struct DesktopServices {
     /// The translator's and the clipboard history's popups, made once by their features.
     std::function<std::unique_ptr<TranslationPopup>()> makeTranslationPopup;
     std::function<std::unique_ptr<ClipboardHistoryPopup>()> makeClipboardPopup;
+    /// A text tools window, made at each hotkey that finds none; it calls `onClosed` when closed.
+    std::function<std::unique_ptr<TextTransformerWindow>(AppSettings& settings, std::function<void()> onClosed)>
+        makeTextTransformerWindow;
     /// The operating system and its version, for the launch banner.
     std::string systemVersion;
 

@@ -129,6 +129,8 @@ void AppDelegate::applicationDidFinishLaunching() {
     clipboard_ = ClipboardAssembly::create(app, monitor);
     // 7. The clipboard is watched.
     if (clipboard_) clipboard_->startWatching();
+    // 12. The text tools window, on its hotkey.
+    textTools_ = TextToolsAssembly::create(app, monitor);
     // 19 to 21: the keyboard monitor starts, or the banner asks for permission.
     startKeyboardWatching();
 }

@@ -18,6 +18,7 @@
 #include "ui/clipboard_history_popup.h"
 #include "ui/keyboard_grab.h"
 #include "ui/qt_translation_popup.h"
+#include "ui/text_transformer_window_controller.h"
 #include "ui/translation_popup_controller.h"
 
 namespace orvantis::app {
@@ -62,6 +63,12 @@ X11Desktop::X11Desktop(AppLogger& logger, platform::MainLoop& loop) : loop_(loop
             });
         return std::make_unique<ui::QtClipboardHistoryPopup>(*clipboardPopupController_);
     };
+    if (pasteboard_) {
+        services_.makeTextTransformerWindow = [this](AppSettings& settings, std::function<void()> onClosed)
+            -> std::unique_ptr<TextTransformerWindow> {
+            return std::make_unique<ui::QtTextTransformerWindow>(settings, *pasteboard_, std::move(onClosed));
+        };
+    }
 }
 
 void X11Desktop::openKeyboard(AppLogger& logger) {

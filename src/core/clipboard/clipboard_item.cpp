@@ -2,13 +2,10 @@
 
 #include <optional>
 
-#include <openssl/evp.h>
-
+#include "core/crypto/digest.h"
 #include "core/text/graphemes.h"
 #include "core/text/utf.h"
 #include "core/text/whitespace.h"
-
-#include <dlfcn.h>
 
 namespace orvantis {
 namespace {
@@ -16,43 +13,6 @@ namespace {
 std::string wellFormed(std::string text) {
     if (text::isValidUtf8(text)) return text;
     return text::repairUtf8(text);
-}
-
-/// The digest functions of libcrypto, looked up the first time non-text content is hashed:
-/// linked at start, the library is loaded and relocated (over a megabyte) by every launch,
-/// and text copies never need it. It stays loaded to the end of the process.
-struct Libcrypto {
-    decltype(&::EVP_MD_CTX_new) contextNew;
-    decltype(&::EVP_MD_CTX_free) contextFree;
-    decltype(&::EVP_sha256) sha256;
-    decltype(&::EVP_DigestInit_ex) digestInit;
-    decltype(&::EVP_DigestUpdate) digestUpdate;
-    decltype(&::EVP_DigestFinal_ex) digestFinal;
-};
-
-template <typename Function>
-bool resolve(void* library, const char* name, Function& out) {
-    out = reinterpret_cast<Function>(::dlsym(library, name));
-    return out != nullptr;
-}
-
-/// Null when the library or one of its functions is missing.
-const Libcrypto* libcrypto() {
-    static const std::optional<Libcrypto> loaded = []() -> std::optional<Libcrypto> {
-        // The soname of OpenSSL 3, the ABI this program is built against.
-        void* library = ::dlopen("libcrypto.so.3", RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
-        if (library == nullptr) return std::nullopt;
-        Libcrypto functions{};
-        const bool ok = resolve(library, "EVP_MD_CTX_new", functions.contextNew) &&
-                        resolve(library, "EVP_MD_CTX_free", functions.contextFree) &&
-                        resolve(library, "EVP_sha256", functions.sha256) &&
-                        resolve(library, "EVP_DigestInit_ex", functions.digestInit) &&
-                        resolve(library, "EVP_DigestUpdate", functions.digestUpdate) &&
-                        resolve(library, "EVP_DigestFinal_ex", functions.digestFinal);
-        if (!ok) return std::nullopt;
-        return functions;
-    }();
-    return loaded ? &*loaded : nullptr;
 }
 
 }  // namespace
@@ -136,29 +96,13 @@ std::string ClipboardItem::preview(std::string_view text) {
 }
 
 std::string ClipboardItem::hash(const PasteboardTypeData& types) {
-    // libcrypto fails only when it is missing or without memory; an entry without a hash still
-    // has an identity.
-    const Libcrypto* crypto = libcrypto();
-    if (crypto == nullptr) return {};
-    const auto freeContext = [crypto](EVP_MD_CTX* context) { crypto->contextFree(context); };
-    std::unique_ptr<EVP_MD_CTX, decltype(freeContext)> context(crypto->contextNew(), freeContext);
-    unsigned char digest[EVP_MAX_MD_SIZE];
-    unsigned int length = 0;
-    bool ok = context && crypto->digestInit(context.get(), crypto->sha256(), nullptr) == 1;
+    // Empty only where libcrypto is missing: an entry without a hash still has an identity.
+    crypto::Digest digest(crypto::DigestAlgorithm::sha256);
     for (const auto& [type, bytes] : types) {  // the map keeps the names in ascending order
-        ok = ok && crypto->digestUpdate(context.get(), type.data(), type.size()) == 1;
-        ok = ok && crypto->digestUpdate(context.get(), bytes.data(), bytes.size()) == 1;
+        digest.update(type);
+        digest.update(bytes);
     }
-    ok = ok && crypto->digestFinal(context.get(), digest, &length) == 1;
-    if (!ok) return {};
-    static constexpr char kHex[] = "0123456789abcdef";
-    std::string out;
-    out.reserve(length * 2);
-    for (unsigned int i = 0; i < length; ++i) {
-        out.push_back(kHex[digest[i] >> 4]);
-        out.push_back(kHex[digest[i] & 0x0F]);
-    }
-    return out;
+    return digest.hex();
 }
 
 }  // namespace orvantis

@@ -1,0 +1,74 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "core/settings/settings_language.h"
+
+// The transforms of the text tools that need more than a line. Each takes the UTF-8 text and
+// returns the UTF-8 result; the ones that can fail throw `TransformError`.
+namespace orvantis::TTOps {
+
+enum class HashAlgorithm { md5, sha1, sha256, sha512 };
+
+/// Lower-case hex digest of the bytes of `text`, through libcrypto.
+std::string runHash(std::string_view text, HashAlgorithm algorithm);
+
+/// The digest of a text that arrives in pieces, for input too large to hold twice: `hex()`
+/// after every piece is what `runHash` gives for the whole.
+class IncrementalHash {
+public:
+    explicit IncrementalHash(HashAlgorithm algorithm);
+    ~IncrementalHash();
+    IncrementalHash(const IncrementalHash&) = delete;
+    IncrementalHash& operator=(const IncrementalHash&) = delete;
+    void update(std::string_view piece);
+    /// The digest of everything so far; call once, at the end.
+    std::string hex();
+
+private:
+    struct Context;
+    Context* context_;
+};
+/// Standard Base64 with padding, on one line.
+std::string runBase64Encode(std::string_view text);
+/// Tolerant Base64: blanks, CR and LF dropped, the URL-safe alphabet mapped, missing padding
+/// added, then strict decoding. Bytes that are not UTF-8 come back as "(non-UTF8) " and hex.
+/// Throws `TransformError("Base64")`.
+std::string runBase64Decode(std::string_view text);
+/// Percent-encodes every scalar outside Unicode's letters, marks and numbers and `-._~`.
+std::string runUrlEncode(std::string_view text);
+/// Replaces `%XX`; the input comes back as it is when a `%` is malformed or the bytes are not
+/// UTF-8.
+std::string runUrlDecode(std::string_view text);
+/// Two lower-case hex digits per byte.
+std::string runHexEncode(std::string_view text);
+/// Hex to bytes after dropping blanks, line breaks, tabs, "0x" and colons. Throws
+/// `TransformError("Hex (odd length)")` or `TransformError("Hex")`.
+std::string runHexDecode(std::string_view text);
+/// `& < > " '` as entities.
+std::string runHtmlEscape(std::string_view text);
+/// The text content of `text` read as an HTML document: entities decoded, tags dropped,
+/// white space laid out as HTML does.
+std::string runHtmlUnescape(std::string_view text);
+/// `\uXXXX` for controls, the backslash and everything above U+007F (surrogate pairs above
+/// U+FFFF).
+std::string runUnicodeEscape(std::string_view text);
+/// `\uXXXX` groups that name a scalar become it; everything else stays.
+std::string runUnicodeUnescape(std::string_view text);
+/// Sorted keys, two blanks per level, `"key" : value`. Throws `TransformError("JSON")`.
+std::string runJsonPretty(std::string_view text);
+/// One line, keys in input order. Throws `TransformError("JSON")`.
+std::string runJsonMinify(std::string_view text);
+/// A to Z and a to z rotated by 13.
+std::string runRot13(std::string_view text);
+/// Seconds (or milliseconds above 1e10) since 1970 as "2023-11-14T22:13:20.000Z". Throws
+/// `TransformError("Unix timestamp")`.
+std::string runUnixToISO(std::string_view text);
+/// An ISO 8601 date and time as seconds since 1970, shortest round-trip decimal with a point.
+/// Throws `TransformError("ISO 8601")`.
+std::string runIsoToUnix(std::string_view text);
+/// Characters, words, lines and UTF-8 bytes, one labelled line each.
+std::string runCountStats(std::string_view text, SettingsLanguage lang);
+
+}  // namespace orvantis::TTOps
