@@ -146,16 +146,6 @@ bool extendsPreviousCharacter(std::string_view text, std::size_t offset) {
     return kind == U_GCB_EXTEND || kind == U_GCB_ZWJ || kind == U_GCB_SPACING_MARK;
 }
 
-crypto::DigestAlgorithm digestOf(HashAlgorithm algorithm) {
-    switch (algorithm) {
-    case HashAlgorithm::md5: return crypto::DigestAlgorithm::md5;
-    case HashAlgorithm::sha1: return crypto::DigestAlgorithm::sha1;
-    case HashAlgorithm::sha256: return crypto::DigestAlgorithm::sha256;
-    case HashAlgorithm::sha512: return crypto::DigestAlgorithm::sha512;
-    }
-    return crypto::DigestAlgorithm::sha256;
-}
-
 constexpr char kBase64Alphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 
 /// Two Base64 characters for every 12-bit value, in memory order, so that three bytes become
@@ -329,21 +319,8 @@ std::optional<double> parseInternetDateTime(std::string_view s, bool withFractio
 
 std::string runHash(std::string_view text, HashAlgorithm algorithm) {
     // Empty where libcrypto is missing: nothing sensible to show.
-    return crypto::hexDigest(digestOf(algorithm), text);
+    return crypto::hexDigest(algorithm, text);
 }
-
-struct IncrementalHash::Context {
-    explicit Context(HashAlgorithm algorithm) : digest(digestOf(algorithm)) {}
-    crypto::Digest digest;
-};
-
-IncrementalHash::IncrementalHash(HashAlgorithm algorithm) : context_(new Context(algorithm)) {}
-
-IncrementalHash::~IncrementalHash() { delete context_; }
-
-void IncrementalHash::update(std::string_view piece) { context_->digest.update(piece); }
-
-std::string IncrementalHash::hex() { return context_->digest.hex(); }
 
 std::string runBase64Encode(std::string_view text) {
     const std::size_t n = text.size();

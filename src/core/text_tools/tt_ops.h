@@ -3,33 +3,22 @@
 #include <string>
 #include <string_view>
 
+#include "core/crypto/digest.h"
 #include "core/settings/settings_language.h"
 
 // The transforms of the text tools that need more than a line. Each takes the UTF-8 text and
 // returns the UTF-8 result; the ones that can fail throw `TransformError`.
 namespace orvantis::TTOps {
 
-enum class HashAlgorithm { md5, sha1, sha256, sha512 };
+using HashAlgorithm = crypto::DigestAlgorithm;
 
 /// Lower-case hex digest of the bytes of `text`, through libcrypto.
 std::string runHash(std::string_view text, HashAlgorithm algorithm);
 
 /// The digest of a text that arrives in pieces, for input too large to hold twice: `hex()`
 /// after every piece is what `runHash` gives for the whole.
-class IncrementalHash {
-public:
-    explicit IncrementalHash(HashAlgorithm algorithm);
-    ~IncrementalHash();
-    IncrementalHash(const IncrementalHash&) = delete;
-    IncrementalHash& operator=(const IncrementalHash&) = delete;
-    void update(std::string_view piece);
-    /// The digest of everything so far; call once, at the end.
-    std::string hex();
+using IncrementalHash = crypto::Digest;
 
-private:
-    struct Context;
-    Context* context_;
-};
 /// Standard Base64 with padding, on one line.
 std::string runBase64Encode(std::string_view text);
 /// Tolerant Base64: blanks, CR and LF dropped, the URL-safe alphabet mapped, missing padding
