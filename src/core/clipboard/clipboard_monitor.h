@@ -29,7 +29,7 @@ class LogCategory;
 ///
 /// From start() to stop() it compares the pasteboard's change count with the one it last saw:
 /// every 0.5 s on a pasteboard that can't report changes, and at once on each change notice
-/// of one that can, which is then polled only every 5 s as a safety net. Only a change of the
+/// of one that can, which is then polled only every 10 s as a safety net. Only a change of the
 /// count costs more than that integer read: then the settings, the
 /// focused element and the frontmost application decide whether the content may enter the
 /// history, and buildItem() turns it into a record. A content is dealt with once, whatever
@@ -47,7 +47,7 @@ public:
     static constexpr std::chrono::milliseconds kPollInterval{500};
     /// The poll of a pasteboard that reports changes: only a safety net for a lost notice, rare
     /// enough that an idle program seldom wakes.
-    static constexpr std::chrono::milliseconds kSafetyNetPollInterval{5000};
+    static constexpr std::chrono::milliseconds kSafetyNetPollInterval{10000};
     static constexpr std::string_view kDefaultEmoji = "\U0001F4CB";   // 📋
     static constexpr std::string_view kFileEmoji = "\U0001F4C4";      // 📄
     static constexpr std::string_view kImageEmoji = "\U0001F5BC\uFE0F";  // 🖼️
