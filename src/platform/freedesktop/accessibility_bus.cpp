@@ -30,24 +30,45 @@ SdBusMessagePtr callLauncher(sd_bus* bus, const char* interface, const char* mem
     return SdBusMessagePtr(reply);
 }
 
-}  // namespace
-
-bool accessibilityBusEnabled(std::chrono::milliseconds timeout) {
-    const auto perCall = std::chrono::duration_cast<std::chrono::microseconds>(timeout);
-    SdBusPtr bus = openSessionBus(perCall);
-    if (!bus) return false;
-
-    SdBusMessagePtr address = callLauncher(bus.get(), "org.a11y.Bus", "GetAddress", perCall);
+/// The question asked over `bus`.
+bool enabledOn(sd_bus* bus, std::chrono::microseconds perCall) {
+    SdBusMessagePtr address = callLauncher(bus, "org.a11y.Bus", "GetAddress", perCall);
     if (!address) return false;
     const char* text = nullptr;
     if (sd_bus_message_read(address.get(), "s", &text) < 0 || text == nullptr || *text == '\0') return false;
 
-    SdBusMessagePtr enabled = callLauncher(bus.get(), "org.freedesktop.DBus.Properties", "Get", perCall,
+    SdBusMessagePtr enabled = callLauncher(bus, "org.freedesktop.DBus.Properties", "Get", perCall,
                                            "org.a11y.Status", "IsEnabled");
     if (!enabled) return false;
     int value = 0;
     if (sd_bus_message_read(enabled.get(), "v", "b", &value) < 0) return false;
     return value != 0;
+}
+
+}  // namespace
+
+bool accessibilityBusEnabled(std::chrono::milliseconds timeout) {
+    const auto perCall = std::chrono::duration_cast<std::chrono::microseconds>(timeout);
+    SdBusPtr bus = openSessionBus(perCall);
+    return bus && enabledOn(bus.get(), perCall);
+}
+
+struct AccessibilityBusCheck::Connection {
+    SdBusPtr bus;
+};
+
+AccessibilityBusCheck::AccessibilityBusCheck() : connection_(std::make_unique<Connection>()) {}
+
+AccessibilityBusCheck::~AccessibilityBusCheck() = default;
+
+bool AccessibilityBusCheck::enabled(std::chrono::milliseconds timeout) {
+    const auto perCall = std::chrono::duration_cast<std::chrono::microseconds>(timeout);
+    if (!connection_->bus) connection_->bus = openSessionBus(perCall);
+    if (!connection_->bus) return false;
+    const bool answer = enabledOn(connection_->bus.get(), perCall);
+    // A broken connection (the bus went away) is made anew at the next question.
+    if (!answer && sd_bus_is_open(connection_->bus.get()) <= 0) connection_->bus.reset();
+    return answer;
 }
 
 bool enableAccessibilityBus(std::chrono::milliseconds timeout) {

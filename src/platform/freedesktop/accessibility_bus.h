@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <memory>
 
 namespace orvantis::freedesktop {
 
@@ -11,6 +12,26 @@ namespace orvantis::freedesktop {
 /// failure, including no session bus or a reply slower than `timeout` per call, answers false.
 /// Any thread; blocks for at most two time-outs.
 bool accessibilityBusEnabled(std::chrono::milliseconds timeout = std::chrono::milliseconds(500));
+
+/// The same question as accessibilityBusEnabled(), over one session-bus connection kept
+/// between questions, for a caller that asks again and again (the retries while the keyboard
+/// waits for the permission): a connection made for each question costs a connect, an
+/// authentication and a greeting every time. A connection that breaks is dropped and made
+/// anew at the next question. One thread at a time.
+class AccessibilityBusCheck {
+public:
+    AccessibilityBusCheck();
+    ~AccessibilityBusCheck();
+    AccessibilityBusCheck(const AccessibilityBusCheck&) = delete;
+    AccessibilityBusCheck& operator=(const AccessibilityBusCheck&) = delete;
+
+    /// As accessibilityBusEnabled(`timeout`).
+    bool enabled(std::chrono::milliseconds timeout = std::chrono::milliseconds(500));
+
+private:
+    struct Connection;
+    std::unique_ptr<Connection> connection_;
+};
 
 /// Switches the accessibility bus on (`org.a11y.Status.IsEnabled` = true), starting its
 /// launcher through D-Bus activation where the session provides it, so that applications

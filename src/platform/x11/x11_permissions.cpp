@@ -75,7 +75,7 @@ void launchDetached(const std::filesystem::path& program, const char* argument) 
 
 X11Permissions::X11Permissions(std::optional<std::string> displayName) : displayName_(std::move(displayName)) {}
 
-bool X11Permissions::hasAccessibility() const { return freedesktop::accessibilityBusEnabled(); }
+bool X11Permissions::hasAccessibility() const { return accessibilityCheck_.enabled(); }
 
 bool X11Permissions::requestAccessibility() {
     if (hasAccessibility()) return true;

@@ -3,6 +3,7 @@
 #include <optional>
 #include <string>
 
+#include "platform/freedesktop/accessibility_bus.h"
 #include "platform/permissions.h"
 
 namespace orvantis::x11 {
@@ -12,7 +13,7 @@ namespace orvantis::x11 {
 /// desktop's accessibility settings where a known settings program is installed. "Input
 /// monitoring" is the X input extension of the display: nothing can grant it, so asking only
 /// reports it, and there is no settings page for it. Every answer is read at the time of the
-/// call. Main thread in practice; any thread is safe.
+/// call. Main thread only.
 class X11Permissions final : public platform::Permissions {
 public:
     /// `displayName` is the display whose input extension counts ($DISPLAY when nullopt).
@@ -27,6 +28,8 @@ public:
 
 private:
     std::optional<std::string> displayName_;
+    /// Asked on every retry while the keyboard waits for the permission: one kept connection.
+    mutable freedesktop::AccessibilityBusCheck accessibilityCheck_;
 };
 
 }  // namespace orvantis::x11
