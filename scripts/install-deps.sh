@@ -11,7 +11,7 @@ packages=(
   libaspell-dev libgumbo-dev
   # word lists for the language of short selections (each optional at run time)
   aspell-en aspell-de aspell-fr aspell-es aspell-ru aspell-uk
-  # loaded at run time with dlopen (at the first translation, the first hash of non-text content):
+  # loaded at run time with dlopen (at the first translation, the first digest):
   # a package of the program must name them, as no linker dependency shows them
   libcurl4 libssl3
   # tests and benchmarks
