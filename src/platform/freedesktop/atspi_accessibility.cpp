@@ -327,7 +327,7 @@ bool AtspiAccessibility::connect() {
     if (state == BusState::Failed) return false;
     // libatspi tries its bus once per process and aborts on any call after a failed try, so
     // it only tries a bus that answers now. Until then the check is repeated on each lookup.
-    if (!accessibilityBusEnabled(callTimeout_)) {
+    if (!busCheck_.enabled(callTimeout_)) {
         debug("accessibility: the accessibility bus is off or unreachable");
         return false;
     }

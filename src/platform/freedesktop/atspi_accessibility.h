@@ -3,6 +3,7 @@
 #include <chrono>
 #include <memory>
 
+#include "platform/freedesktop/accessibility_bus.h"
 #include "platform/text_element.h"
 
 namespace orvantis {
@@ -40,6 +41,8 @@ private:
 
     const LogCategory* log_;
     std::chrono::milliseconds callTimeout_;
+    /// Asked on each lookup until the bus answers: one kept session-bus connection.
+    AccessibilityBusCheck busCheck_;
 };
 
 }  // namespace orvantis::freedesktop
