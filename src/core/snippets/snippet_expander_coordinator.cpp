@@ -11,7 +11,7 @@ namespace orvantis {
 namespace {
 
 bool isWhitespaceCluster(std::string_view cluster) {
-    for (char32_t c : text::codePoints(cluster)) return text::isUnicodeWhitespace(c);
+    for (const text::CodePoint& c : text::codePoints(cluster)) return text::isUnicodeWhitespace(c.value);
     return false;
 }
 
@@ -77,6 +77,15 @@ void SnippetExpanderCoordinator::handleHotkey() {
 void SnippetExpanderCoordinator::pasteExpansion(platform::TextElement& element, const Token& token,
                                                 const std::string& expansion) {
     namespace type = platform::pasteboard_type;
+    if (expansion.empty()) {
+        // Nothing to paste (toolkits ignore a paste of no text): the token is only deleted, and
+        // the clipboard is never touched.
+        if (element.setSelectedRange(platform::TextRange{token.start, token.end - token.start}))
+            keyOutput_.postKey(platform::key_code::kDelete, 0);
+        else
+            for (std::size_t i = 0; i < token.characters; ++i) keyOutput_.postKey(platform::key_code::kDelete, 0);
+        return;
+    }
     // The user's clipboard, every type with its bytes; types whose data can't be read are left out.
     std::optional<platform::PasteboardItem> snapshot;
     for (const std::string& t : pasteboard_.types()) {
