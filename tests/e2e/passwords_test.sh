@@ -3,7 +3,8 @@
 # the focus throughout:
 #   - popup: a 380x230 panel above the centre of the screen while the field keeps the focus;
 #     Space makes a new password, Return closes it and the password is typed into the field;
-#     in Russian it opens again and a click outside closes it without typing anything;
+#     in Russian it opens again and a click outside closes it without typing anything, and
+#     Ctrl+C copies the password (with the toast) without typing anything;
 #   - copyOnly with a wipe of 3 s: a toast at the top of the screen; the clipboard holds the
 #     password with both secret markers and is empty after 3 s; a second password that the user
 #     copies over within the 3 s is not wiped;
@@ -94,6 +95,19 @@ xdotool mousemove 40 700 click 1
 wait_until 3 popup_gone || fail "a click outside did not close the popup"
 sleep 0.3
 [[ $(field_text) == "$typed" ]] || fail "the field changed after a click outside: '$(field_text)'"
+
+# Ctrl+C in the popup copies, with the copied toast, and types nothing.
+xdotool key super+shift+p
+wait_until 3 popup_up || fail "no popup the third time"
+sleep 0.3
+xdotool key ctrl+c
+wait_until 3 popup_gone || fail "Ctrl+C did not close the popup"
+wait_until 3 toast_up || fail "no toast after Ctrl+C"
+copied=$(xclip -selection clipboard -o)
+[[ $copied =~ ^[A-Za-z0-9]{16}$ ]] || fail "Ctrl+C put '$copied' on the clipboard"
+passwords+=("$copied")
+[[ $(field_text) == "$typed" ]] || fail "the field changed after Ctrl+C: '$(field_text)'"
+wait_until 5 toast_gone || fail "the toast stayed"
 
 # 3. copyOnly with a wipe of 3 s: the toast, both secret markers, and the wipe.
 setting passwordMode '"copyOnly"'
