@@ -7,6 +7,8 @@
 #     the expansion;
 #   - the clipboard holds an image (PNG); "to addr", hotkey: the field reads
 #     "to 221B Baker Street"; 0.35 s later the image is back byte for byte;
+#   - the clipboard holds 50 MB of text; "big sig", hotkey: the field expands and all 50 MB
+#     come back;
 #   - a password field with "sig", hotkey: nothing changes and the clipboard is untouched.
 # With qt the time from the hotkey to the pasted text is measured (it must stay under 100 ms).
 # No field or clipboard text reaches the log.
@@ -146,7 +148,23 @@ cmp -s "$image" "$ORVANTIS_DESKTOP_DIR/back.png" || fail "the image came back ch
 clipboard_targets | grep -q 'ConcealedType' && fail "the restored clipboard still carries the secret marker"
 expect_field "to 221B Baker Street"
 
-# 3. A password field is left alone, and so is the clipboard.
+# 3. A clipboard of 50 MB: the expansion works, and all of it comes back.
+big=$ORVANTIS_DESKTOP_DIR/big.txt
+python3 -c "import sys; sys.stdout.write(('0123456789abcdefghijklmnopqrstuvwxyz' * 1456355)[:50 * 1024 * 1024])" >"$big"
+xclip -selection clipboard -i "$big"
+sleep 0.6
+open_field
+typed "big sig"
+start=$(date +%s%N)
+xdotool key super+shift+BackSpace
+sleep 0.5
+big_back() { xclip -selection clipboard -o >"$ORVANTIS_DESKTOP_DIR/big-back.txt" 2>/dev/null && cmp -s "$big" "$ORVANTIS_DESKTOP_DIR/big-back.txt"; }
+wait_until 20 big_back || fail "the 50 MB clipboard did not come back whole ($(stat -c %s "$ORVANTIS_DESKTOP_DIR/big-back.txt") bytes)"
+note "50 MB clipboard back whole after $((($(date +%s%N) - start) / 1000000)) ms"
+expect_field "big Best regards,"
+process_running "$APP_PID" || fail "the program ended"
+
+# 4. A password field is left alone, and so is the clipboard.
 printf '%s' "kept" | xclip -selection clipboard -i
 sleep 0.6
 open_field --password
