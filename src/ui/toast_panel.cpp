@@ -1,5 +1,7 @@
 #include "ui/toast_panel.h"
 
+#include <utility>
+
 #include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -111,7 +113,16 @@ protected:
     }
 };
 
-ToastPanel::ToastPanel(platform::MainLoop& loop) : loop_(loop), window_(std::make_unique<ToastWindow>()) {}
+ToastPanel::ToastPanel(platform::MainLoop& loop, ScreenArea screenArea)
+    : loop_(loop), screenArea_(std::move(screenArea)), window_(std::make_unique<ToastWindow>()) {
+    if (!screenArea_) {
+        screenArea_ = []() -> std::optional<QRect> {
+            QScreen* screen = QGuiApplication::primaryScreen();
+            if (screen == nullptr) return std::nullopt;
+            return screen->availableGeometry();
+        };
+    }
+}
 
 ToastPanel::~ToastPanel() = default;
 
@@ -124,9 +135,8 @@ void ToastPanel::show(const ToastContent& content) {
     w.icon->set(content.symbolName, tintColor(content.tint));
 
     const int height = subtitle.empty() ? kHeight : kHeightWithSubtitle;
-    if (QScreen* screen = QGuiApplication::primaryScreen()) {
-        const QRect area = screen->availableGeometry();
-        w.setGeometry(area.x() + area.width() / 2 - kWidth / 2, area.y() + kTopMargin, kWidth, height);
+    if (const std::optional<QRect> area = screenArea_()) {
+        w.setGeometry(area->x() + area->width() / 2 - kWidth / 2, area->y() + kTopMargin, kWidth, height);
     }
     // Without a screen the last frame stays.
     w.show();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -28,7 +29,11 @@ public:
     static constexpr int kHeightWithSubtitle = 56;
     static constexpr int kTopMargin = 24;
 
-    explicit ToastPanel(platform::MainLoop& loop);
+    /// The available area of the main screen, or nullopt when there is no screen.
+    using ScreenArea = std::function<std::optional<QRect>()>;
+
+    /// `screenArea` defaults to the primary screen's available geometry.
+    explicit ToastPanel(platform::MainLoop& loop, ScreenArea screenArea = {});
     ~ToastPanel() override;
     ToastPanel(const ToastPanel&) = delete;
     ToastPanel& operator=(const ToastPanel&) = delete;
@@ -43,6 +48,7 @@ public:
 
 private:
     platform::MainLoop& loop_;
+    ScreenArea screenArea_;
     std::unique_ptr<ToastWindow> window_;
     platform::TimerHandle dismiss_;
 };

@@ -82,5 +82,20 @@ TEST(ToastPanelTest, ASecondToastReplacesTheFirstAndStaysItsOwnFullDuration) {
     EXPECT_FALSE(toast.isVisible());
 }
 
+TEST(ToastPanelTest, WithoutAScreenItKeepsItsLastFrameAndStillShows) {
+    sim::VirtualMainLoop loop;
+    std::optional<QRect> screen = QRect(0, 0, 1000, 700);
+    ToastPanel toast(loop, [&screen] { return screen; });
+    toast.show(copied("first"));
+    const QRect frame(340, 24, 320, 56);
+    EXPECT_EQ(toast.window().geometry(), frame);
+    toast.window().hide();
+    screen.reset();
+    toast.show(copied(std::nullopt, "Password typed"));
+    EXPECT_TRUE(toast.isVisible());
+    EXPECT_EQ(toast.window().geometry(), frame);
+    EXPECT_EQ(toast.titleLabel().text(), QStringLiteral("Password typed"));
+}
+
 }  // namespace
 }  // namespace orvantis::ui
