@@ -8,7 +8,10 @@
 #include <set>
 #include <string>
 
+#include "core/log/app_logger.h"
 #include "core/passwords/test_random_sources.h"
+#include "platform/sim/virtual_main_loop.h"
+#include "testing/test_support.h"
 
 namespace orvantis {
 namespace {
@@ -158,6 +161,22 @@ TEST(PasswordGeneratorTest, AFailingSourceStillGivesFullPasswordsWithTheSystemFa
     EXPECT_GT(generator.fallbackCount(), 0u);
     for (std::uint32_t bound : {1u, 2u, 89u, 4294967295u})
         EXPECT_LT(PasswordGenerator::systemRandomIndex(bound), bound);
+}
+
+TEST(PasswordGeneratorTest, AFailingSourceIsLoggedOnceWithoutThePassword) {
+    testing::TemporaryDirectory dir;
+    sim::VirtualMainLoop loop;
+    auto queue = loop.makeSerialQueue("log");
+    AppLogger logger(dir.path(), *queue, loop);
+    FailingRandomSource source;
+    PasswordGenerator generator(source, PasswordGenerator::systemRandomIndex, &logger.log().app);
+    const std::string first = generator.generate(config(24, true, true, true, true));
+    generator.generate(config(24, true, true, true, true));
+    loop.runUntilIdle();
+    const std::string log = logger.recentLogs(1);
+    EXPECT_NE(log.find("password: the kernel's random source failed"), std::string::npos) << log;
+    EXPECT_EQ(log.find("random source failed"), log.rfind("random source failed")) << "logged more than once";
+    EXPECT_EQ(log.find(first), std::string::npos);
 }
 
 TEST(PasswordGeneratorTest, TheKernelSourceFillsBuffers) {
