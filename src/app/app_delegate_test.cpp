@@ -18,6 +18,9 @@
 #include "core/clipboard/clipboard_history_popup.h"
 #include "core/clipboard/clipboard_monitor.h"
 #include "core/log/app_logger.h"
+#include "core/passwords/password_popup.h"
+#include "core/shell/toast.h"
+#include "core/snippets/snippet_expander.h"
 #include "core/settings/app_settings.h"
 #include "core/settings/preference_store.h"
 #include "core/text_tools/text_transformer_coordinator.h"
@@ -179,6 +182,30 @@ private:
     Record& record_;
 };
 
+class RecordingToast final : public Toast {
+public:
+    explicit RecordingToast(Record& record) : record_(record) {}
+    void show(const ToastContent& content) override { record_.push_back("toast " + content.title); }
+
+private:
+    Record& record_;
+};
+
+class RecordingPasswordPopup final : public PasswordPopup {
+public:
+    explicit RecordingPasswordPopup(Record& record) : record_(record) {}
+    void show() override {
+        visible_ = true;
+        record_.push_back("password popup show");
+    }
+    bool isVisible() const override { return visible_; }
+    void bringToFront() override { record_.push_back("password popup front"); }
+
+private:
+    Record& record_;
+    bool visible_ = false;
+};
+
 class NoFrontmostApplication final : public platform::Applications {
 public:
     std::optional<platform::ApplicationInfo> frontmostApplication() const override { return std::nullopt; }
@@ -213,6 +240,15 @@ protected:
         services_.makeTextTransformerWindow = [this](AppSettings&, std::function<void()>) {
             record_.push_back("text tools window");
             return std::make_unique<RecordingTextToolsWindow>(record_);
+        };
+        services_.makeToast = [this] {
+            record_.push_back("toast panel");
+            return std::make_unique<RecordingToast>(record_);
+        };
+        services_.makePasswordPopup = [this](const PasswordConfig&, PasswordGenerator&, AppSettings&,
+                                             PasswordPopup::Callbacks) {
+            record_.push_back("password popup");
+            return std::make_unique<RecordingPasswordPopup>(record_);
         };
         services_.systemVersion = "Simulated Linux 1";
         simPermissions_.set(sim::Permissions::Kind::inputMonitoring, true);
@@ -265,6 +301,7 @@ TEST_F(AppDelegateTest, LaunchBuildsEachFeatureInOrderThenInstallsTheTap) {
                                           "translation popup",  // 5: the translator
                                           "clipboard popup",    // 6: the clipboard history's popup
                                           "every 500ms",        // 7: the clipboard is watched
+                                          "toast panel",        // 10: the password generator's notice
                                           "tap start"));        // 19: the tap, after every closure is wired
     ASSERT_NE(delegate_->menuBarController(), nullptr);
     EXPECT_EQ(delegate_->menuBarController()->statusIcon(), ui::MenuBarController::StatusIcon::keyboard);
@@ -284,6 +321,29 @@ TEST_F(AppDelegateTest, TheTextToolsHotkeyOpensOneWindow) {
     EXPECT_EQ(std::count(record.begin(), record.end(), "text tools show"), 2);
 }
 
+TEST_F(AppDelegateTest, ThePasswordHotkeyOpensOnePopup) {
+    completeOnboarding();
+    launch();
+    takeRecord();
+    // Super+Shift+P, the default of the password hotkey; the default mode is the popup.
+    desktop_.press(35, platform::key_flags::kControl | platform::key_flags::kShift);
+    desktop_.loop().runUntilIdle();
+    desktop_.press(35, platform::key_flags::kControl | platform::key_flags::kShift);
+    desktop_.loop().runUntilIdle();
+    EXPECT_THAT(takeRecord(), ElementsAre("password popup", "password popup show", "password popup front"));
+}
+
+TEST_F(AppDelegateTest, TheSnippetHotkeyExpandsTheTokenBeforeTheCaret) {
+    completeOnboarding();
+    launch();
+    SnippetExpander(delegate_->settings()->store()).setEntries({{Uuid(), "sig", "Best regards"}});
+    desktop_.focusTextField("hello sig");
+    // Super+Shift+Backspace, the default of the snippet hotkey.
+    desktop_.press(platform::key_code::kDelete, platform::key_flags::kControl | platform::key_flags::kShift);
+    desktop_.loop().runFor(500ms);
+    EXPECT_EQ(desktop_.focusedText(), "hello Best regards");
+}
+
 TEST_F(AppDelegateTest, PermissionAlreadyGrantedCreatesNoPollingTimer) {
     completeOnboarding();
     launch();
@@ -299,7 +359,7 @@ TEST_F(AppDelegateTest, LaterRunWithoutPermissionAsksOneSecondAfterLaunchAndPoll
     refuseTap();
     launch();
     EXPECT_THAT(takeRecord(), ElementsAre("watch", "tap hotkeys", "translation popup", "clipboard popup",
-                                          "every 500ms", "tap start refused",
+                                          "every 500ms", "toast panel", "tap start refused",
                                           "after 1000ms",    // 21: the request for the permissions
                                           "every 2000ms"));  // 21: the tap retried
     EXPECT_EQ(delegate_->menuBarController()->statusIcon(), ui::MenuBarController::StatusIcon::permissionsRequired);
@@ -314,7 +374,7 @@ TEST_F(AppDelegateTest, FirstRunWithoutPermissionShowsTheBannerAndPollsButAsksNo
     refuseTap();
     launch();
     EXPECT_THAT(takeRecord(), ElementsAre("watch", "tap hotkeys", "translation popup", "clipboard popup",
-                                          "every 500ms", "tap start refused", "every 2000ms"));
+                                          "every 500ms", "toast panel", "tap start refused", "every 2000ms"));
     EXPECT_EQ(delegate_->menuBarController()->statusIcon(), ui::MenuBarController::StatusIcon::permissionsRequired);
     desktop_.loop().runFor(1500ms);
     EXPECT_EQ(simPermissions_.requestCount(sim::Permissions::Kind::accessibility), 0u);

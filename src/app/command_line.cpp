@@ -9,6 +9,7 @@
 #include <nlohmann/json.hpp>
 
 #include "app/clipboard_command.h"
+#include "app/password_command.h"
 #include "app/transform_command.h"
 #include "app/translate_command.h"
 #include "build_info.h"
@@ -22,6 +23,7 @@
 #include "core/settings/preference_store.h"
 #include "core/settings/setting_properties.h"
 #include "core/text/graphemes.h"
+#include "core/passwords/random_source.h"
 #include "core/text/utf.h"
 #include "core/text/character_class.h"
 #include "platform/clock.h"
@@ -56,6 +58,11 @@ constexpr std::string_view kUsage =
     "                                  jsonPretty, unixToISO...), the result on standard output\n"
     "                                  as it is, with no line break added\n"
     "  orvantis transform --list       the text tools: name, a tab, what it does\n"
+    "  orvantis password [--length N] [--[no-]uppercase] [--[no-]lowercase] [--[no-]digits]\n"
+    "                  [--[no-]symbols] [--count K]\n"
+    "                                  K new passwords (1 by default), one a line, made as the\n"
+    "                                  password hotkey makes them; what is not given comes from\n"
+    "                                  the settings\n"
     "  orvantis --version              the version and build\n"
     "  orvantis --help                 this text\n"
     "\n"
@@ -265,6 +272,13 @@ int runCommandLine(const std::vector<std::string>& args, const CommandLineEnviro
             SettingsSession session;
             return session.settings().settingsLanguage();
         });
+    }
+    if (args[0] == "password") {
+        KernelRandomSource random;
+        return runPasswordCommand(args, std::cout, std::cerr, [] {
+            SettingsSession session;
+            return PasswordConfig::fromSettings(session.settings());
+        }, random);
     }
     return usageError("unknown command \"" + args[0] + "\"");
 }

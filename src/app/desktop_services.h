@@ -4,10 +4,13 @@
 #include <memory>
 #include <string>
 
+#include "core/passwords/password_popup.h"
+
 namespace orvantis {
 class AppSettings;
 class ClipboardHistoryPopup;
 class TextTransformerWindow;
+class Toast;
 class TranslationPopup;
 }  // namespace orvantis
 namespace orvantis::platform {
@@ -50,6 +53,10 @@ struct DesktopServices {
     /// A text tools window, made at each hotkey that finds none; it calls `onClosed` when closed.
     std::function<std::unique_ptr<TextTransformerWindow>(AppSettings& settings, std::function<void()> onClosed)>
         makeTextTransformerWindow;
+    /// A password popup, made at each password hotkey that finds none open.
+    PasswordPopupFactory makePasswordPopup;
+    /// The passing notice at the top of the screen, made once.
+    std::function<std::unique_ptr<Toast>()> makeToast;
     /// The operating system and its version, for the launch banner.
     std::string systemVersion;
 

@@ -129,6 +129,10 @@ void AppDelegate::applicationDidFinishLaunching() {
     clipboard_ = ClipboardAssembly::create(app, monitor);
     // 7. The clipboard is watched.
     if (clipboard_) clipboard_->startWatching();
+    // 10. The password generator, on its hotkey.
+    passwords_ = PasswordsAssembly::create(app, monitor, clipboardMonitor());
+    // 11. The snippet expander, on its hotkey.
+    snippets_ = SnippetsAssembly::create(app, monitor, clipboardMonitor());
     // 12. The text tools window, on its hotkey.
     textTools_ = TextToolsAssembly::create(app, monitor);
     // 19 to 21: the keyboard monitor starts, or the banner asks for permission.

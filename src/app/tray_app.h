@@ -10,6 +10,8 @@
 #include "app/clipboard_assembly.h"
 #include "app/desktop_services.h"
 #include "app/layout_switching_assembly.h"
+#include "app/passwords_assembly.h"
+#include "app/snippets_assembly.h"
 #include "app/text_tools_assembly.h"
 #include "app/translator_assembly.h"
 #include "core/events/notification_center.h"
@@ -96,6 +98,8 @@ private:
     std::unique_ptr<LayoutSwitchingAssembly> layoutSwitching_;
     std::unique_ptr<TranslatorAssembly> translator_;
     std::unique_ptr<ClipboardAssembly> clipboard_;
+    std::unique_ptr<PasswordsAssembly> passwords_;
+    std::unique_ptr<SnippetsAssembly> snippets_;
     std::unique_ptr<TextToolsAssembly> textTools_;
     std::unique_ptr<PermissionsManager> permissionsManager_;
     std::unique_ptr<PermissionPolling> permissionPolling_;

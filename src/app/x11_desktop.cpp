@@ -17,8 +17,10 @@
 #include "platform/x11/xtest_key_output.h"
 #include "ui/clipboard_history_popup.h"
 #include "ui/keyboard_grab.h"
+#include "ui/password_popup_controller.h"
 #include "ui/qt_translation_popup.h"
 #include "ui/text_transformer_window_controller.h"
+#include "ui/toast_panel.h"
 #include "ui/translation_popup_controller.h"
 
 namespace orvantis::app {
@@ -63,6 +65,13 @@ X11Desktop::X11Desktop(AppLogger& logger, platform::MainLoop& loop) : loop_(loop
             });
         return std::make_unique<ui::QtClipboardHistoryPopup>(*clipboardPopupController_);
     };
+    services_.makePasswordPopup = [this](const PasswordConfig& initial, PasswordGenerator& generator,
+                                         AppSettings& settings,
+                                         PasswordPopup::Callbacks callbacks) -> std::unique_ptr<PasswordPopup> {
+        return std::make_unique<ui::PasswordPopupController>(initial, generator, settings, std::move(callbacks), loop_,
+                                                             ui::KeyboardGrab::forPlatform());
+    };
+    services_.makeToast = [this]() -> std::unique_ptr<Toast> { return std::make_unique<ui::ToastPanel>(loop_); };
     if (pasteboard_) {
         services_.makeTextTransformerWindow = [this](AppSettings& settings, std::function<void()> onClosed)
             -> std::unique_ptr<TextTransformerWindow> {
