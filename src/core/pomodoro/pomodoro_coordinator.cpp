@@ -9,7 +9,7 @@
 namespace orvantis {
 
 PomodoroCoordinator::PomodoroCoordinator(AppSettings& settings, PomodoroHistory& history,
-                                         GlobalEventMonitorProtocol& monitor, platform::MainLoop& loop,
+                                         GlobalEventMonitorProtocol* monitor, platform::MainLoop& loop,
                                          Services services, const AppLog& log)
     : settings_(settings), history_(history), notifications_(services.notifications), log_(log),
       timer_(settings, loop), dnd_(services.focus) {
@@ -19,7 +19,7 @@ PomodoroCoordinator::PomodoroCoordinator(AppSettings& settings, PomodoroHistory&
     };
     timer_.onPhaseTransition = [this](PomodoroPhase phase) { handlePhaseTransition(phase); };
     timer_.nextPhaseAfter = [this](PomodoroPhase ended) { return nextPhaseAfter(ended); };
-    hotkey_ = monitor.onPomodoroHotkey([this] { handleHotkey(); });
+    if (monitor) hotkey_ = monitor->onPomodoroHotkey([this] { handleHotkey(); });
     willSleep_ = services.sleep.onWillSleep([this] { handleWillSleep(); });
     didWake_ = services.sleep.onDidWake([this] { handleDidWake(); });
 }

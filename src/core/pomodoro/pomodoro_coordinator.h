@@ -33,7 +33,8 @@ public:
         platform::FocusCommands& focus;
     };
 
-    PomodoroCoordinator(AppSettings& settings, PomodoroHistory& history, GlobalEventMonitorProtocol& monitor,
+    /// `monitor` may be null (no keyboard): then there is no hotkey.
+    PomodoroCoordinator(AppSettings& settings, PomodoroHistory& history, GlobalEventMonitorProtocol* monitor,
                         platform::MainLoop& loop, Services services, const AppLog& log);
     ~PomodoroCoordinator();
     PomodoroCoordinator(const PomodoroCoordinator&) = delete;

@@ -48,7 +48,7 @@ protected:
     PomodoroHistory history_{env_.dir.path() / "data" / "pomodoro-history.json", *env_.historyQueue, env_.loop(),
                              &env_.log, UuidGenerator(7)};
     PomodoroCoordinator coordinator_{env_.settings,    history_,
-                                     monitor_,         env_.loop(),
+                                     &monitor_,        env_.loop(),
                                      {notifications_, sleep_, focus_}, env_.log};
     int alerts_ = 0;
     int dashboardRefreshes_ = 0;
@@ -301,7 +301,7 @@ TEST_F(PomodoroCoordinatorTest, ANewStartBeginsAtSessionOne) {
 
 TEST_F(PomodoroCoordinatorTest, ANotificationAnsweredAfterTheCoordinatorIsGoneIsDropped) {
     auto coordinator = std::make_unique<PomodoroCoordinator>(
-        env_.settings, history_, monitor_, env_.loop(), PomodoroCoordinator::Services{notifications_, sleep_, focus_},
+        env_.settings, history_, &monitor_, env_.loop(), PomodoroCoordinator::Services{notifications_, sleep_, focus_},
         env_.log);
     coordinator->startSession();
     coordinator->skipPhase();
