@@ -247,7 +247,10 @@ void PomodoroHeatmapView::showTooltipAt(QPoint point) {
         tooltipLabel_->setFont(f);
     }
     tooltipLabel_->setText(*text);
-    const QSize textSize = tooltipLabel_->fontMetrics().size(0, *text);
+    tooltipLabel_->ensurePolished();
+    // The label's own measure, padding included, less the padding that the frame adds back.
+    const QSize hint = tooltipLabel_->sizeHint();
+    const QSize textSize(hint.width() - 16, hint.height() - 8);
     const QPoint global = mapToGlobal(point);
     const QScreen* screen = QGuiApplication::screenAt(global);
     const QRect visible = screen ? screen->availableGeometry() : QRect(0, 0, 1280, 800);
