@@ -408,7 +408,7 @@ void PomodoroDashboardWindowController::buildUI() {
 
 void PomodoroDashboardWindowController::refresh() {
     AppSettings& settings = coordinator_.settings();
-    const PomodoroCalendar calendar = calendar_ ? calendar_() : PomodoroCalendar::current();
+    PomodoroCalendar calendar = calendar_ ? calendar_() : PomodoroCalendar::current();
     dash::View view = dash::makeView(coordinator_.currentState(), coordinator_.currentSessionInCycle(),
                                      PomodoroCoordinator::kSessionsPerCycle, settings, coordinator_.history(), calendar);
     ring_->update(view.progress, QString::fromStdString(view.timeText), QString::fromStdString(view.phaseText),
@@ -422,9 +422,9 @@ void PomodoroDashboardWindowController::refresh() {
     sessionLabel_->setText(QString::fromStdString(view.sessionText));
     todayValueLabel_->setText(QString::fromStdString(view.todayText));
     focusedValueLabel_->setText(QString::fromStdString(view.focusedText));
-    const auto today = calendar.startOfDay(coordinator_.history().clock().wallNow());
-    heatmapView_->setCounts(std::move(view.counts), today, PomodoroCalendar(calendar.timeZoneId(), calendar.localeId()));
     weekValueLabel_->setText(QString::fromStdString(view.weekText));
+    const auto today = calendar.startOfDay(coordinator_.history().clock().wallNow());
+    heatmapView_->setCounts(std::move(view.counts), today, std::move(calendar));
     const QSignalBlocker blocker(dndCheckbox_);
     dndCheckbox_->setChecked(view.focusChecked);
     refreshPinButton();
