@@ -6,6 +6,8 @@
 #include <system_error>
 
 #include <QDesktopServices>
+#include <QFont>
+#include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QTimer>
@@ -108,18 +110,27 @@ std::string PomodoroAssembly::statusLine() const {
 
 void PomodoroAssembly::showFocusMissingAlert() {
     const SettingsStrings s = SettingsStrings::make(settings_.get(settings::kSettingsLanguage));
-    auto* alert = new QMessageBox(QMessageBox::Warning, QString::fromUtf8(s.focusMissingAlertTitle.data(),
-                                                                          static_cast<qsizetype>(s.focusMissingAlertTitle.size())),
-                                  QString::fromUtf8(s.focusMissingAlertBody.data(),
-                                                    static_cast<qsizetype>(s.focusMissingAlertBody.size())));
+    const auto qs = [](std::string_view text) {
+        return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+    };
+    // The message in bold, the explanation below it; the window is titled with the message too.
+    auto* alert = new QMessageBox(QMessageBox::Warning, qs(s.focusMissingAlertTitle), qs(s.focusMissingAlertTitle));
+    alert->setInformativeText(qs(s.focusMissingAlertBody));
     alert->setObjectName(QStringLiteral("focusMissingAlert"));
+    alert->setTextFormat(Qt::PlainText);
+    QFont bold = alert->font();
+    bold.setBold(true);
+    if (auto* label = alert->findChild<QLabel*>(QStringLiteral("qt_msgbox_label"))) label->setFont(bold);
+    // Wide enough that each line of the list stays one line.
+    if (auto* label = alert->findChild<QLabel*>(QStringLiteral("qt_msgbox_informativelabel")))
+        label->setMinimumWidth(480);
     alert->setAttribute(Qt::WA_DeleteOnClose);
-    QPushButton* open = alert->addButton(
-        QString::fromUtf8(s.focusOpenShortcuts.data(), static_cast<qsizetype>(s.focusOpenShortcuts.size())),
-        QMessageBox::ActionRole);
-    alert->addButton(QString::fromUtf8(s.focusMissingAlertContinue.data(),
-                                       static_cast<qsizetype>(s.focusMissingAlertContinue.size())),
-                     QMessageBox::AcceptRole);
+    QPushButton* open = alert->addButton(qs(s.focusOpenShortcuts), QMessageBox::ActionRole);
+    QPushButton* goOn = alert->addButton(qs(s.focusMissingAlertContinue), QMessageBox::AcceptRole);
+    alert->setDefaultButton(goOn);
+    // Escape, the close button and a quit of the program close it as "Start without Focus";
+    // without an escape button the box would refuse to close, and hold up the quit.
+    alert->setEscapeButton(goOn);
     QObject::connect(open, &QPushButton::clicked, alert, [] {
         // The commands' folder, made if missing, in the file manager.
         const auto folder = freedesktop::FocusCommandDirectory::defaultFolder();

@@ -157,6 +157,27 @@ xdotool mousemove "$hx" "$((hy - 40))" sleep 0.2 mousemove "$hx" "$hy" sleep 0.5
 shot=$(screenshot "pomodoro-$LANGUAGE-heatmap-tooltip")
 note "screenshot: $shot (pointer at $hx,$hy)"
 
+# Without the Focus Off command a start shows the alert, and the session starts all the same.
+xdotool mousemove 900 600
+xdotool windowunmap --sync "$DASH" 2>/dev/null || true # out of the way: this desktop has no window manager
+"$ORVANTIS_BIN" pomodoro stop
+rm "$FOCUS/Orvantis Focus Off"
+"$ORVANTIS_BIN" pomodoro start
+if [[ $LANGUAGE == ru ]]; then title="Команды для Фокуса не настроены"; else title="Focus shortcuts not configured"; fi
+wait_until 5 xdotool search --onlyvisible --pid "$APP_PID" --name "$title" >/dev/null || fail "no alert \"$title\""
+ALERT=$(xdotool search --onlyvisible --pid "$APP_PID" --name "$title" | head -n1)
+[[ $(status) == running* ]] || fail "the session did not start beside the alert: $(status)"
+xdotool windowraise "$ALERT"
+sleep 0.5
+window_geometry "$ALERT"
+note "alert $ALERT \"$(xdotool getwindowname "$ALERT")\" at ${GEOMETRY_X},${GEOMETRY_Y} size ${GEOMETRY_W}x${GEOMETRY_H}"
+shot=$(screenshot "pomodoro-$LANGUAGE-focus-alert-screen")
+convert "$shot" -crop "${GEOMETRY_W}x${GEOMETRY_H}+${GEOMETRY_X}+${GEOMETRY_Y}" +repage \
+  "$ORVANTIS_E2E_ARTIFACTS/pomodoro-$LANGUAGE-focus-alert.png"
+rm -f "$shot"
+note "screenshot: $ORVANTIS_E2E_ARTIFACTS/pomodoro-$LANGUAGE-focus-alert.png"
+log_has "pomodoro: the Focus commands are missing" || fail "the missing commands are not logged"
+
 kill -TERM "$APP_PID"
 wait_exit "$APP_PID" 10
 [[ $EXIT_STATUS == 0 ]] || fail "exit status $EXIT_STATUS"
