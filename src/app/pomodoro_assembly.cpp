@@ -76,10 +76,8 @@ PomodoroAssembly::~PomodoroAssembly() {
 }
 
 void PomodoroAssembly::stopForTermination() {
-    if (coordinator_->currentState().isActive()) {
-        logger_.log().app.info("pomodoro: the session ends with the program");
-        coordinator_->stopSession();
-    }
+    if (coordinator_->currentState().isActive()) logger_.log().app.info("pomodoro: the session ends with the program");
+    coordinator_->stopSession();
 }
 
 void PomodoroAssembly::openDashboard() {
