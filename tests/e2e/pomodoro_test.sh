@@ -16,7 +16,7 @@ STANDIN_PIDS=()
 stop_standins() {
   local status=$? pid
   for pid in "${STANDIN_PIDS[@]}"; do kill "$pid" 2>/dev/null || true; done
-  [[ -n ${SYSTEM_BUS_PID:-} ]] && kill "$SYSTEM_BUS_PID" 2>/dev/null || true
+  if [[ -n ${SYSTEM_BUS_PID:-} ]]; then kill "$SYSTEM_BUS_PID" 2>/dev/null || true; fi
   (exit "$status")
   e2e_cleanup
 }
@@ -24,7 +24,8 @@ trap stop_standins EXIT
 
 # A private bus stands in for the system bus, with a login manager on it.
 bus_out=$(dbus-daemon --session --fork --print-address=1 --print-pid=1)
-export DBUS_SYSTEM_BUS_ADDRESS=$(sed -n 1p <<<"$bus_out")
+DBUS_SYSTEM_BUS_ADDRESS=$(sed -n 1p <<<"$bus_out")
+export DBUS_SYSTEM_BUS_ADDRESS
 SYSTEM_BUS_PID=$(sed -n 2p <<<"$bus_out")
 mkfifo "$ORVANTIS_DESKTOP_DIR/logind.fifo"
 "$STANDIN" logind "$ORVANTIS_DESKTOP_DIR/logind.fifo" >"$ORVANTIS_DESKTOP_DIR/logind.out" 2>&1 &
