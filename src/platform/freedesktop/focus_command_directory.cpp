@@ -75,8 +75,7 @@ std::string runToEnd(const std::filesystem::path& path, std::chrono::millisecond
 
 FocusCommandDirectory::FocusCommandDirectory(std::filesystem::path folder, const AppLog& log,
                                              std::chrono::milliseconds timeout)
-    : folder_(std::move(folder)), log_(log), timeout_(timeout),
-      runner_(std::make_unique<platform::ThreadSerialQueue>("MOLVEX.Orvantis.FocusCommands")) {}
+    : folder_(std::move(folder)), log_(log), timeout_(timeout) {}
 
 FocusCommandDirectory::~FocusCommandDirectory() = default;
 
@@ -98,6 +97,8 @@ std::optional<std::string> FocusCommandDirectory::list() {
 void FocusCommandDirectory::run(const std::string& name) {
     // Names come from the fixed pair; a separator would leave the folder.
     if (name.empty() || name.find('/') != std::string::npos || name == "." || name == "..") return;
+    // The thread starts with the first run: most sessions never switch Focus.
+    if (!runner_) runner_ = std::make_unique<platform::ThreadSerialQueue>("MOLVEX.Orvantis.FocusCommands");
     runner_->async([path = folder_ / name, name, timeout = timeout_, &log = log_] {
         const std::string failure = runToEnd(path, timeout);
         if (failure.empty())

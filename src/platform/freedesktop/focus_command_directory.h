@@ -19,7 +19,7 @@ namespace orvantis::freedesktop {
 /// ($XDG_CONFIG_HOME/orvantis/focus/): the listing is the folder's executable regular files
 /// (symbolic links followed), one name a line; running one executes the file with no
 /// arguments, standard input from /dev/null, in a process group of its own. Runs happen one
-/// after another on a thread of their own, never on the main thread; a command still running
+/// after another on a thread of their own (started at the first run), never on the main thread; a command still running
 /// after `timeout` is ended with its group (SIGKILL) and logged, as is one that fails.
 /// Destruction waits for the runs still queued, each at most `timeout`.
 class FocusCommandDirectory final : public platform::FocusCommands {
