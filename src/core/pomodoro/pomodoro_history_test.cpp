@@ -259,3 +259,26 @@ TEST_F(PomodoroHistoryTest, DaysAcrossAClockChangeStartAtTheirOwnMidnight) {
 
 }  // namespace
 }  // namespace orvantis
+
+namespace orvantis {
+namespace {
+
+TEST(PomodoroCalendarTest, TheCurrentCalendarFollowsTheHostsTimeZoneAsItIsNow) {
+    {
+        testing::ScopedEnv zone("TZ", "Asia/Tokyo");
+        EXPECT_EQ(PomodoroCalendar::current().timeZoneId(), "Asia/Tokyo");
+        const auto midnight = PomodoroCalendar::current().startOfDay(std::chrono::system_clock::from_time_t(1'763'208'000));
+        EXPECT_EQ(midnight, std::chrono::system_clock::from_time_t(1'763'218'800 - 24 * 3600));  // 15th, 00:00 JST
+    }
+    testing::ScopedEnv zone("TZ", "America/Los_Angeles");
+    EXPECT_EQ(PomodoroCalendar::current().timeZoneId(), "America/Los_Angeles");
+}
+
+TEST(PomodoroCalendarTest, AnUnknownZoneReadsAsUtc) {
+    const PomodoroCalendar nowhere("Not/AZone", "en_US");
+    const auto t = std::chrono::system_clock::from_time_t(1'763'208'000);  // 2025-11-15 12:00 UTC
+    EXPECT_EQ(nowhere.startOfDay(t), std::chrono::system_clock::from_time_t(1'763'164'800));
+}
+
+}  // namespace
+}  // namespace orvantis
