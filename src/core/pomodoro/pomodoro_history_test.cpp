@@ -257,6 +257,20 @@ TEST_F(PomodoroHistoryTest, DaysAcrossAClockChangeStartAtTheirOwnMidnight) {
     EXPECT_EQ(days.rbegin()->second, 2);
 }
 
+TEST_F(PomodoroHistoryTest, AShortDayOfAClockChangeEndsAtItsOwnMidnight) {
+    // 2025-03-30 in Berlin has 23 hours: it runs from 29th 23:00 UTC to 30th 22:00 UTC.
+    const PomodoroCalendar berlin("Europe/Berlin", "de_DE");
+    env_.loop().setWallTime(Clock::from_time_t(1'743'375'600));  // 2025-03-30 23:00 UTC, the 31st in Berlin
+    auto history = open();
+    history->record(25, Clock::from_time_t(1'743'328'800));  // 30th 12:00 CEST
+    history->record(25, Clock::from_time_t(1'743'373'800));  // 31st 00:30 CEST
+    const auto days = history->sessionsPerDay(berlin);
+    ASSERT_EQ(days.size(), 2u);
+    EXPECT_EQ(days.begin()->first, Clock::from_time_t(1'743'289'200));   // 30th 00:00 CET
+    EXPECT_EQ(days.rbegin()->first, Clock::from_time_t(1'743'372'000));  // 31st 00:00 CEST
+    EXPECT_EQ(history->countToday(berlin), 1);
+}
+
 }  // namespace
 }  // namespace orvantis
 
