@@ -12,6 +12,8 @@
 #include <string>
 #include <vector>
 
+#include <QAction>
+#include <QApplication>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -19,6 +21,8 @@
 #include "core/clipboard/clipboard_monitor.h"
 #include "core/log/app_logger.h"
 #include "core/passwords/password_popup.h"
+#include "core/pomodoro/pomodoro_coordinator.h"
+#include "core/pomodoro/pomodoro_history.h"
 #include "core/shell/toast.h"
 #include "core/snippets/snippet_expander.h"
 #include "core/settings/app_settings.h"
@@ -32,6 +36,7 @@
 #include "platform/sim/desktop.h"
 #include "platform/sim/http_client.h"
 #include "platform/sim/permissions.h"
+#include "platform/sim/pomodoro_services.h"
 #include "testing/qt_test_application.h"
 #include "testing/test_support.h"
 #include "ui/menu_bar_controller.h"
@@ -216,6 +221,34 @@ public:
     platform::ScreenPoint location() const override { return {100, 100}; }
 };
 
+/// The simulated Focus commands and sleep events, recording the coordinator's wiring.
+class RecordingFocusCommands final : public platform::FocusCommands {
+public:
+    explicit RecordingFocusCommands(Record& record) : record_(record) {}
+    std::optional<std::string> list() override {
+        record_.push_back("focus commands listed");
+        return listing;
+    }
+    void run(const std::string& name) override { record_.push_back("run " + name); }
+    std::optional<std::string> listing = std::string("Orvantis Focus On\nOrvantis Focus Off\n");
+
+private:
+    Record& record_;
+};
+class RecordingSleepEvents final : public platform::SystemSleepEvents {
+public:
+    explicit RecordingSleepEvents(Record& record) : record_(record) {}
+    Subscription onWillSleep(std::function<void()> callback) override {
+        record_.push_back("sleep watched");
+        return sim_.onWillSleep(std::move(callback));
+    }
+    Subscription onDidWake(std::function<void()> callback) override { return sim_.onDidWake(std::move(callback)); }
+    sim::SystemSleepEvents sim_;
+
+private:
+    Record& record_;
+};
+
 class AppDelegateTest : public ::testing::Test {
 protected:
     AppDelegateTest() {
@@ -229,6 +262,9 @@ protected:
         services_.pasteboard = &desktop_.pasteboard();
         services_.pointer = &pointer_;
         services_.httpClient = &http_;
+        services_.userNotifications = &notifications_;
+        services_.sleepEvents = &sleep_;
+        services_.focusCommands = &focus_;
         services_.makeTranslationPopup = [this] {
             record_.push_back("translation popup");
             return std::make_unique<NoTranslationPopup>();
@@ -286,6 +322,9 @@ protected:
     NoFrontmostApplication applications_;
     FixedPointer pointer_;
     sim::HttpClient http_{desktop_.loop()};
+    sim::UserNotifications notifications_{desktop_.loop()};
+    RecordingSleepEvents sleep_{record_};
+    RecordingFocusCommands focus_{record_};
     platform::ThreadSerialQueue logQueue_{"test.log"};
     platform::ThreadSerialQueue preferencesWriter_{"test.preferences.writer"};
     AppLogger logger_{home_.path() / "logs", logQueue_, desktop_.loop()};
@@ -301,10 +340,48 @@ TEST_F(AppDelegateTest, LaunchBuildsEachFeatureInOrderThenInstallsTheTap) {
                                           "translation popup",  // 5: the translator
                                           "clipboard popup",    // 6: the clipboard history's popup
                                           "every 500ms",        // 7: the clipboard is watched
+                                          "focus commands listed",  // 9: the Pomodoro asks for Focus
+                                          "sleep watched",          //    and follows sleep
                                           "toast panel",        // 10: the password generator's notice
                                           "tap start"));        // 19: the tap, after every closure is wired
     ASSERT_NE(delegate_->menuBarController(), nullptr);
     EXPECT_EQ(delegate_->menuBarController()->statusIcon(), ui::MenuBarController::StatusIcon::keyboard);
+}
+
+TEST_F(AppDelegateTest, APomodoroStartedFromTheMenuCountsDownOnTheIconAndEndsWithTheProgram) {
+    completeOnboarding();
+    launch();
+    AppSettings& settings = *delegate_->settings();
+    settings.set(settings::kPomodoroToggleDND, true);
+    ui::MenuBarController& menu = *delegate_->menuBarController();
+    menu.menuItem("pomodoroStartItem")->trigger();
+    QApplication::processEvents();
+    EXPECT_EQ(menu.statusItem().toolTip(), QString::fromUtf8("\U0001F345 25:00"));
+    desktop_.loop().runFor(61s);
+    EXPECT_EQ(menu.statusItem().toolTip(), QString::fromUtf8("\U0001F345 23:59"));
+    EXPECT_EQ(menu.statusIcon(), ui::MenuBarController::StatusIcon::pomodoro);
+    takeRecord();
+    delegate_->applicationWillTerminate();
+    const Record end = takeRecord();
+    // The session ends first: its timer, then Focus is released, before anything else stops.
+    ASSERT_GE(end.size(), 2u);
+    EXPECT_EQ(end[0], "cancel every 1000ms");
+    EXPECT_EQ(end[1], "run Orvantis Focus Off");
+    EXPECT_EQ(menu.statusIcon(), ui::MenuBarController::StatusIcon::keyboard);
+}
+
+TEST_F(AppDelegateTest, ASkippedWorkPhaseIsOneRecordInTheDataFolder) {
+    completeOnboarding();
+    launch();
+    ASSERT_NE(delegate_->pomodoro(), nullptr);
+    delegate_->pomodoro()->coordinator().startSession();
+    delegate_->pomodoro()->coordinator().skipPhase();
+    desktop_.loop().runUntilIdle();
+    const auto records = PomodoroHistory::decode(testing::readFile(home_.path() / "data" / "pomodoro-history.json"));
+    ASSERT_TRUE(records);
+    ASSERT_EQ(records->size(), 1u);
+    EXPECT_EQ((*records)[0].durationMinutes, 25);
+    EXPECT_EQ(delegate_->pomodoro()->statusLine(), "running\tbreakTime\t300\t1\t1");
 }
 
 TEST_F(AppDelegateTest, TheTextToolsHotkeyOpensOneWindow) {
@@ -359,7 +436,8 @@ TEST_F(AppDelegateTest, LaterRunWithoutPermissionAsksOneSecondAfterLaunchAndPoll
     refuseTap();
     launch();
     EXPECT_THAT(takeRecord(), ElementsAre("watch", "tap hotkeys", "translation popup", "clipboard popup",
-                                          "every 500ms", "toast panel", "tap start refused",
+                                          "every 500ms", "focus commands listed", "sleep watched", "toast panel",
+                                          "tap start refused",
                                           "after 1000ms",    // 21: the request for the permissions
                                           "every 2000ms"));  // 21: the tap retried
     EXPECT_EQ(delegate_->menuBarController()->statusIcon(), ui::MenuBarController::StatusIcon::permissionsRequired);
@@ -374,7 +452,8 @@ TEST_F(AppDelegateTest, FirstRunWithoutPermissionShowsTheBannerAndPollsButAsksNo
     refuseTap();
     launch();
     EXPECT_THAT(takeRecord(), ElementsAre("watch", "tap hotkeys", "translation popup", "clipboard popup",
-                                          "every 500ms", "toast panel", "tap start refused", "every 2000ms"));
+                                          "every 500ms", "focus commands listed", "sleep watched", "toast panel",
+                                          "tap start refused", "every 2000ms"));
     EXPECT_EQ(delegate_->menuBarController()->statusIcon(), ui::MenuBarController::StatusIcon::permissionsRequired);
     desktop_.loop().runFor(1500ms);
     EXPECT_EQ(simPermissions_.requestCount(sim::Permissions::Kind::accessibility), 0u);

@@ -10,6 +10,7 @@
 
 #include "app/clipboard_command.h"
 #include "app/password_command.h"
+#include "app/pomodoro_command.h"
 #include "app/transform_command.h"
 #include "app/translate_command.h"
 #include "build_info.h"
@@ -58,6 +59,10 @@ constexpr std::string_view kUsage =
     "                                  jsonPretty, unixToISO...), the result on standard output\n"
     "                                  as it is, with no line break added\n"
     "  orvantis transform --list       the text tools: name, a tab, what it does\n"
+    "  orvantis pomodoro start|stop|pause|resume|skip|reset|status\n"
+    "                                  the running program's Pomodoro; status prints idle, or\n"
+    "                                  running/paused with the phase and the seconds left, then\n"
+    "                                  the session of the cycle and today's sessions, tab-separated\n"
     "  orvantis password [--length N] [--[no-]uppercase] [--[no-]lowercase] [--[no-]digits]\n"
     "                  [--[no-]symbols] [--count K]\n"
     "                                  K new passwords (1 by default), one a line, made as the\n"
@@ -266,6 +271,7 @@ int runCommandLine(const std::vector<std::string>& args, const CommandLineEnviro
     if (args[0] == "detect") return runDetect(args);
     if (args[0] == "translate") return runTranslateCommand(args);
     if (args[0] == "clipboard") return runClipboardCommand(args);
+    if (args[0] == "pomodoro") return runPomodoroCommand(args, std::cout, std::cerr);
     if (args[0] == "transform") {
         // The interface language gives the labels of the count; the store is opened only then.
         return runTransformCommand(args, std::cin, std::cout, std::cerr, [] {

@@ -17,12 +17,15 @@ namespace orvantis::platform {
 class Accessibility;
 class Applications;
 class EventTap;
+class FocusCommands;
 class HttpClient;
 class InputSources;
 class KeyOutput;
 class Pasteboard;
 class Permissions;
 class Pointer;
+class SystemSleepEvents;
+class UserNotifications;
 }  // namespace orvantis::platform
 
 namespace orvantis::app {
@@ -47,6 +50,10 @@ struct DesktopServices {
     platform::Pasteboard* pasteboard = nullptr;
     platform::Pointer* pointer = nullptr;
     platform::HttpClient* httpClient = nullptr;
+    /// The Pomodoro's banners (or bell), the system's sleep and wake, and the Focus commands.
+    platform::UserNotifications* userNotifications = nullptr;
+    platform::SystemSleepEvents* sleepEvents = nullptr;
+    platform::FocusCommands* focusCommands = nullptr;
     /// The translator's and the clipboard history's popups, made once by their features.
     std::function<std::unique_ptr<TranslationPopup>()> makeTranslationPopup;
     std::function<std::unique_ptr<ClipboardHistoryPopup>()> makeClipboardPopup;

@@ -24,6 +24,7 @@
 #include "core/settings/preference_store.h"
 #include "platform/clock.h"
 #include "platform/freedesktop/clipboard_bus.h"
+#include "platform/freedesktop/pomodoro_bus.h"
 #include "platform/freedesktop/journal_sink.h"
 #include "platform/freedesktop/single_instance_guard.h"
 #include "platform/freedesktop/terminate_handler.h"
@@ -129,6 +130,8 @@ void AppDelegate::applicationDidFinishLaunching() {
     clipboard_ = ClipboardAssembly::create(app, monitor);
     // 7. The clipboard is watched.
     if (clipboard_) clipboard_->startWatching();
+    // 9. The Pomodoro: its coordinator, menu rows and countdown.
+    pomodoro_ = PomodoroAssembly::create(app, *menuBarController_, monitor);
     // 10. The password generator, on its hotkey.
     passwords_ = PasswordsAssembly::create(app, monitor, clipboardMonitor());
     // 11. The snippet expander, on its hotkey.
@@ -204,6 +207,8 @@ void AppDelegate::applicationEndsWithoutQuit(std::string_view reason) {
 
 void AppDelegate::applicationWillTerminate() {
     logger_.log().app.info("terminating");
+    // The Pomodoro session ends first, so Focus is released.
+    if (pomodoro_) pomodoro_->stopForTermination();
     // The permission polling ends before anything else stops.
     if (permissionPolling_) permissionPolling_->cancelPolling();
     // The clipboard stops being watched; a history change still waiting to be saved is saved.
@@ -278,6 +283,9 @@ int runTrayApp(int& argc, char** argv) {
     // `orvantis clipboard` reaches the live history through the guard's connection.
     const auto clipboardBus = exportClipboardOnBus(
         *instance, [&delegate] { return delegate.clipboardMonitor(); }, logger.log().clipboard);
+    // `orvantis pomodoro` drives the live Pomodoro the same way.
+    const auto pomodoroBus =
+        delegate.pomodoro() ? exportPomodoroOnBus(*instance, *delegate.pomodoro()) : nullptr;
     // Registered once: runTrayApp runs once per process.
     static const bool exitHookRegistered = std::atexit(endSequenceOnExit) == 0;
     // A display connection of ours that breaks ends the program through the event loop, so

@@ -11,6 +11,7 @@
 #include "app/desktop_services.h"
 #include "app/layout_switching_assembly.h"
 #include "app/passwords_assembly.h"
+#include "app/pomodoro_assembly.h"
 #include "app/snippets_assembly.h"
 #include "app/text_tools_assembly.h"
 #include "app/translator_assembly.h"
@@ -74,6 +75,8 @@ public:
     AppSettings* settings() const { return settings_.get(); }
     /// The clipboard watcher and its history, from launch on; null without a pasteboard.
     ClipboardMonitor* clipboardMonitor() const;
+    /// The Pomodoro, from launch on; null when the desktop lacks its services.
+    PomodoroAssembly* pomodoro() const { return pomodoro_.get(); }
     NotificationCenter& notifications() { return notifications_; }
 
 private:
@@ -98,6 +101,7 @@ private:
     std::unique_ptr<LayoutSwitchingAssembly> layoutSwitching_;
     std::unique_ptr<TranslatorAssembly> translator_;
     std::unique_ptr<ClipboardAssembly> clipboard_;
+    std::unique_ptr<PomodoroAssembly> pomodoro_;
     std::unique_ptr<PasswordsAssembly> passwords_;
     std::unique_ptr<SnippetsAssembly> snippets_;
     std::unique_ptr<TextToolsAssembly> textTools_;

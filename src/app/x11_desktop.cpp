@@ -8,6 +8,9 @@
 #include "platform/curl/curl_http_client.h"
 #include "platform/freedesktop/atspi_accessibility.h"
 #include "platform/freedesktop/desktop_entries.h"
+#include "platform/freedesktop/desktop_notifications.h"
+#include "platform/freedesktop/focus_command_directory.h"
+#include "platform/freedesktop/logind_sleep_events.h"
 #include "platform/freedesktop/os_release.h"
 #include "platform/x11/x11_applications.h"
 #include "platform/x11/x11_clipboard.h"
@@ -15,6 +18,8 @@
 #include "platform/x11/x11_permissions.h"
 #include "platform/x11/xkb_input_sources.h"
 #include "platform/x11/xtest_key_output.h"
+
+#include <QApplication>
 #include "ui/clipboard_history_popup.h"
 #include "ui/keyboard_grab.h"
 #include "ui/password_popup_controller.h"
@@ -25,6 +30,18 @@
 
 namespace orvantis::app {
 
+void X11Desktop::openPomodoroServices(AppLogger& logger) {
+    // Banners over the session bus, the bell through the toolkit's display connection.
+    userNotifications_ = std::make_unique<freedesktop::DesktopNotifications>(loop_, logger.log(),
+                                                                            [] { QApplication::beep(); });
+    services_.userNotifications = userNotifications_.get();
+    sleepEvents_ = std::make_unique<freedesktop::LogindSleepEvents>(loop_, logger.log());
+    services_.sleepEvents = sleepEvents_.get();
+    focusCommands_ = std::make_unique<freedesktop::FocusCommandDirectory>(
+        freedesktop::FocusCommandDirectory::defaultFolder(), logger.log());
+    services_.focusCommands = focusCommands_.get();
+}
+
 X11Desktop::X11Desktop(AppLogger& logger, platform::MainLoop& loop) : loop_(loop) {
     services_.systemVersion = freedesktop::OsRelease::readSystem().systemVersion();
     permissions_ = std::make_unique<x11::X11Permissions>();
@@ -34,6 +51,7 @@ X11Desktop::X11Desktop(AppLogger& logger, platform::MainLoop& loop) : loop_(loop
     accessibility_ = std::make_unique<freedesktop::AtspiAccessibility>(&logger.log().app);
     services_.accessibility = accessibility_.get();
     openKeyboard(logger);
+    openPomodoroServices(logger);
 
     applications_ = x11::X11Applications::open();
     if (!applications_) return;  // no display: nothing below would work either

@@ -53,6 +53,7 @@ public:
 private:
     void openKeyboard(AppLogger& logger);
     void openClipboard(AppLogger& logger);
+    void openPomodoroServices(AppLogger& logger);
 
     platform::MainLoop& loop_;
     std::unique_ptr<x11::X11EventTap> eventTap_;
@@ -69,6 +70,9 @@ private:
     std::unique_ptr<platform::HttpClient> httpClient_;
     std::unique_ptr<ui::TranslationPopupController> translationPopupController_;
     std::unique_ptr<ui::ClipboardPopupController> clipboardPopupController_;
+    std::unique_ptr<platform::UserNotifications> userNotifications_;
+    std::unique_ptr<platform::SystemSleepEvents> sleepEvents_;
+    std::unique_ptr<platform::FocusCommands> focusCommands_;
     std::unique_ptr<freedesktop::DesktopEntries> desktopEntries_;  ///< read at the first name looked up
     DesktopServices services_;
 };

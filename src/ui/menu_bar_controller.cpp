@@ -14,6 +14,7 @@
 #include <QPoint>
 #include <QRect>
 #include <QString>
+#include <QTimer>
 
 #include "core/strings/settings_strings.h"
 
@@ -21,6 +22,40 @@ namespace orvantis::ui {
 namespace {
 
 constexpr int kBannerTag = 200;
+constexpr int kPomodoroStartTag = 300;
+constexpr int kPomodoroPlayTag = 301;
+constexpr int kPomodoroStopTag = 302;
+
+/// The countdown as an icon: the minutes left on the phase's colour (grey while paused), for
+/// trays that show no text beside an icon.
+QIcon countdownIcon(const PomodoroTimerState& state) {
+    QColor colour(0xd9, 0x48, 0x3b);  // work
+    if (state.isPaused()) colour = QColor(0x80, 0x80, 0x80);
+    else if (state.phase() == PomodoroPhase::breakTime) colour = QColor(0x2e, 0x9e, 0x5b);
+    else if (state.phase() == PomodoroPhase::longBreak) colour = QColor(0x2f, 0x7d, 0xd1);
+    const int seconds = state.remainingSeconds().value_or(0);
+    const int minutes = seconds / 60;
+    const QString text = minutes > 0 ? QString::number(minutes) : QString::number(seconds);
+    QIcon icon;
+    for (int size : {16, 22, 24, 32, 48, 64}) {
+        QPixmap pixmap(size, size);
+        pixmap.fill(Qt::transparent);
+        QPainter painter(&pixmap);
+        painter.setRenderHint(QPainter::Antialiasing);
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(colour);
+        painter.drawEllipse(QRectF(0.5, 0.5, size - 1, size - 1));
+        QFont font = painter.font();
+        font.setBold(true);
+        font.setPixelSize(std::max(6, text.size() > 1 ? size * 5 / 9 : size * 2 / 3));
+        painter.setFont(font);
+        painter.setPen(Qt::white);
+        painter.drawText(QRect(0, 0, size, size), Qt::AlignCenter, text);
+        painter.end();
+        icon.addPixmap(pixmap);
+    }
+    return icon;
+}
 
 /// `base` with a round badge carrying `mark` in its lower right corner.
 QIcon badged(const QIcon& base, const QColor& colour, const QString& mark) {
@@ -86,6 +121,7 @@ void MenuBarController::buildMenu() {
     const SettingsStrings strings = SettingsStrings::make(language_ ? language_() : SettingsLanguage::en);
     auto* menu = new QMenu;
     menu->setObjectName(QStringLiteral("statusMenu"));
+    addPomodoroItems(*menu, strings);
 
     QAction* quitItem = menu->addAction(toQString(strings.menuQuitItem));
     quitItem->setObjectName(QStringLiteral("menuQuitItem"));
@@ -98,6 +134,54 @@ void MenuBarController::buildMenu() {
     if (old != nullptr) old->deleteLater();
 }
 
+void MenuBarController::addPomodoroItems(QMenu& menu, const SettingsStrings& strings) {
+    if (!pomodoro_.enabled || !pomodoro_.enabled()) return;
+    // The actions run on the next turn of the loop, once the menu has closed.
+    auto later = [this](std::function<void()> PomodoroMenuActions::*action) {
+        return [this, action] {
+            QTimer::singleShot(0, this, [this, action] {
+                if (pomodoro_.*action) (pomodoro_.*action)();
+            });
+        };
+    };
+    auto add = [&](std::string_view title, const char* name, int tag, std::function<void()> PomodoroMenuActions::*action) {
+        QAction* item = menu.addAction(toQString(title));
+        item->setObjectName(QString::fromLatin1(name));
+        if (tag != 0) item->setData(tag);
+        connect(item, &QAction::triggered, this, later(action));
+        return item;
+    };
+    add(strings.pomodoroDashboardMenuItem, "pomodoroDashboardMenuItem", 0, &PomodoroMenuActions::openDashboard);
+    add(strings.pomodoroStartItem, "pomodoroStartItem", kPomodoroStartTag, &PomodoroMenuActions::start);
+    add(strings.pomodoroPauseItem, "pomodoroPauseItem", kPomodoroPlayTag, &PomodoroMenuActions::togglePlay)
+        ->setVisible(false);
+    add(strings.pomodoroStopItem, "pomodoroStopItem", kPomodoroStopTag, &PomodoroMenuActions::stop)->setVisible(false);
+    menu.addSeparator();
+}
+
+void MenuBarController::setPomodoroActions(PomodoroMenuActions actions) {
+    pomodoro_ = std::move(actions);
+    buildMenu();
+}
+
+void MenuBarController::updatePomodoroDisplay(const PomodoroTimerState& state) {
+    pomodoroState_ = state;
+    const SettingsStrings strings = SettingsStrings::make(language_ ? language_() : SettingsLanguage::en);
+    for (QAction* action : menu_->actions()) {
+        // Items missing from the menu (the Pomodoro is off) are simply not found.
+        switch (action->data().toInt()) {
+            case kPomodoroStartTag: action->setVisible(!state.isActive()); break;
+            case kPomodoroPlayTag:
+                action->setVisible(state.isActive());
+                action->setText(toQString(state.isPaused() ? strings.pomodoroResumeItem : strings.pomodoroPauseItem));
+                break;
+            case kPomodoroStopTag: action->setVisible(state.isActive()); break;
+            default: break;
+        }
+    }
+    renderStatusItem();
+}
+
 void MenuBarController::renderStatusItem() {
     if (accessibilityBannerVisible_) {
         statusIcon_ = StatusIcon::permissionsRequired;
@@ -107,6 +191,12 @@ void MenuBarController::renderStatusItem() {
         statusIcon_ = StatusIcon::noOppositeSource;
         statusItem_.setIcon(badged(keyboardIcon_, QColor(0xe0, 0x90, 0x10), QStringLiteral("?")));
         description_ = QString::fromUtf8("Orvantis — No opposite layout found");
+    } else if (pomodoroState_.isActive()) {
+        // The tray shows no text beside an icon: the countdown is drawn, and the tool tip
+        // carries the title itself ("🍅 24:59").
+        statusIcon_ = StatusIcon::pomodoro;
+        statusItem_.setIcon(countdownIcon(pomodoroState_));
+        description_ = QString::fromStdString(pomodoroState_.menuBarTitle());
     } else {
         statusIcon_ = StatusIcon::keyboard;
         statusItem_.setIcon(keyboardIcon_);
@@ -175,6 +265,10 @@ void MenuBarController::handleSettingsLanguageChanged() {
     buildMenu();
     // The banner comes back, in the new language.
     if (hadBanner) showAccessibilityNeeded();
+    // The rebuilt menu shows the Pomodoro rows idle; the next turn puts them right.
+    QTimer::singleShot(0, this, [this] {
+        if (pomodoro_.currentState) updatePomodoroDisplay(pomodoro_.currentState());
+    });
 }
 
 void MenuBarController::handleMenuBarNeedsRebuild() { buildMenu(); }

@@ -6,6 +6,7 @@
 #include <QSystemTrayIcon>
 
 #include "core/events/notification_center.h"
+#include "core/pomodoro/pomodoro_timer_state.h"
 #include "core/settings/settings_language.h"
 #include "platform/subscription.h"
 #include "ui/keyboard_icon.h"
@@ -13,7 +14,21 @@
 class QAction;
 class QMenu;
 
+namespace orvantis {
+struct SettingsStrings;
+}
+
 namespace orvantis::ui {
+
+/// What the Pomodoro rows of the menu do; given by the Pomodoro's assembly.
+struct PomodoroMenuActions {
+    std::function<bool()> enabled;  ///< the rows are in the menu only while this answers true
+    std::function<PomodoroTimerState()> currentState;
+    std::function<void()> openDashboard;
+    std::function<void()> start;
+    std::function<void()> togglePlay;
+    std::function<void()> stop;
+};
 
 /// Owns the tray icon through which the user reaches Orvantis, and its menu. Created by the
 /// composition root and kept for the life of the process. The icon is shown at once; when
@@ -45,8 +60,15 @@ public:
     /// else the plain keyboard.
     void renderStatusItem();
 
+    /// Gives the Pomodoro rows their actions and rebuilds the menu with them.
+    void setPomodoroActions(PomodoroMenuActions actions);
+    /// Keeps `state`, shows the rows that fit it (start when idle; pause or resume and stop
+    /// otherwise), then renders the icon, which shows the countdown while a phase is active.
+    void updatePomodoroDisplay(const PomodoroTimerState& state);
+    const PomodoroTimerState& pomodoroState() const { return pomodoroState_; }
+
     /// What the icon shows now.
-    enum class StatusIcon { keyboard, permissionsRequired, noOppositeSource };
+    enum class StatusIcon { keyboard, permissionsRequired, noOppositeSource, pomodoro };
     StatusIcon statusIcon() const { return statusIcon_; }
 
     /// The tray icon itself.
@@ -66,6 +88,7 @@ private:
     void handleNoOppositeSource();
     void handleClearedWarning();
     void setToolTip(const QString& text);
+    void addPomodoroItems(QMenu& menu, const SettingsStrings& strings);
 
     std::function<SettingsLanguage()> language_;
     std::function<void()> quit_;
@@ -78,6 +101,8 @@ private:
     QString description_;  ///< what the icon stands for, shown when there is no tool tip
     StatusIcon statusIcon_ = StatusIcon::keyboard;
     KeyboardIcon::Source iconSource_ = KeyboardIcon::Source::Text;
+    PomodoroMenuActions pomodoro_;
+    PomodoroTimerState pomodoroState_;
     QMenu* menu_ = nullptr;  ///< owned; menus are top-level widgets and take no QObject parent
     Subscription languageChanged_;
     Subscription needsRebuild_;

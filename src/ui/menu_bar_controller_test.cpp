@@ -6,6 +6,9 @@
 #include <QPointer>
 #include <gtest/gtest.h>
 
+#include <string>
+#include <vector>
+
 namespace orvantis::ui {
 namespace {
 
@@ -169,6 +172,100 @@ TEST_F(MenuBarControllerTest, TheNoLayoutWarningShowsUntilASwitchSucceedsAndYiel
     notifications_.post(orvantisClearedWarning);
     EXPECT_EQ(controller.statusIcon(), MenuBarController::StatusIcon::keyboard);
     EXPECT_EQ(controller.statusItem().toolTip(), QStringLiteral("Orvantis"));
+}
+
+
+class MenuBarPomodoroTest : public MenuBarControllerTest {
+protected:
+    MenuBarPomodoroTest() {
+        controller_.setPomodoroActions({[this] { return enabled_; }, [this] { return state_; },
+                                        [this] { calls_.push_back("dashboard"); }, [this] { calls_.push_back("start"); },
+                                        [this] { calls_.push_back("toggle"); }, [this] { calls_.push_back("stop"); }});
+    }
+    bool visible(const char* name) const {
+        QAction* item = controller_.menuItem(name);
+        return item != nullptr && item->isVisible();
+    }
+
+    bool enabled_ = true;
+    PomodoroTimerState state_;
+    SettingsLanguage language_ = SettingsLanguage::en;
+    std::vector<std::string> calls_;
+    MenuBarController controller_{notifications_, [this] { return language_; }, [] {}};
+};
+
+TEST_F(MenuBarPomodoroTest, TheRowsStandBeforeQuitInTheirIdleForm) {
+    const auto actions = controller_.menu()->actions();
+    ASSERT_EQ(actions.size(), 6);
+    EXPECT_EQ(actions[0]->objectName(), QStringLiteral("pomodoroDashboardMenuItem"));
+    EXPECT_EQ(actions[1]->objectName(), QStringLiteral("pomodoroStartItem"));
+    EXPECT_EQ(actions[1]->data().toInt(), 300);
+    EXPECT_EQ(actions[2]->data().toInt(), 301);
+    EXPECT_EQ(actions[3]->data().toInt(), 302);
+    EXPECT_TRUE(actions[4]->isSeparator());
+    EXPECT_EQ(actions[5]->objectName(), QStringLiteral("menuQuitItem"));
+    EXPECT_TRUE(visible("pomodoroStartItem"));
+    EXPECT_FALSE(visible("pomodoroPauseItem"));
+    EXPECT_FALSE(visible("pomodoroStopItem"));
+}
+
+TEST_F(MenuBarPomodoroTest, TheRowsFollowTheStateAndTheIconShowsTheCountdown) {
+    controller_.updatePomodoroDisplay(PomodoroTimerState::running(PomodoroPhase::work, 1499));
+    EXPECT_FALSE(visible("pomodoroStartItem"));
+    EXPECT_TRUE(visible("pomodoroPauseItem"));
+    EXPECT_TRUE(visible("pomodoroStopItem"));
+    EXPECT_EQ(controller_.menuItem("pomodoroPauseItem")->text(), QStringLiteral("Pause Pomodoro"));
+    EXPECT_EQ(controller_.statusIcon(), MenuBarController::StatusIcon::pomodoro);
+    EXPECT_EQ(controller_.statusItem().toolTip(), QString::fromUtf8("\U0001F345 24:59"));
+    controller_.updatePomodoroDisplay(PomodoroTimerState::paused(PomodoroPhase::work, 1499));
+    EXPECT_EQ(controller_.menuItem("pomodoroPauseItem")->text(), QStringLiteral("Resume Pomodoro"));
+    EXPECT_EQ(controller_.statusItem().toolTip(), QString::fromUtf8("\u23F8 24:59"));
+    controller_.updatePomodoroDisplay(PomodoroTimerState::idle());
+    EXPECT_TRUE(visible("pomodoroStartItem"));
+    EXPECT_FALSE(visible("pomodoroStopItem"));
+    EXPECT_EQ(controller_.statusIcon(), MenuBarController::StatusIcon::keyboard);
+    EXPECT_EQ(controller_.statusItem().toolTip(), QStringLiteral("Orvantis"));
+}
+
+TEST_F(MenuBarPomodoroTest, AWarningHidesTheCountdown) {
+    controller_.updatePomodoroDisplay(PomodoroTimerState::running(PomodoroPhase::work, 1499));
+    controller_.showAccessibilityNeeded();
+    EXPECT_EQ(controller_.statusIcon(), MenuBarController::StatusIcon::permissionsRequired);
+    controller_.clearAccessibilityNeeded();
+    EXPECT_EQ(controller_.statusIcon(), MenuBarController::StatusIcon::pomodoro);
+}
+
+TEST_F(MenuBarPomodoroTest, ActionsRunAfterTheMenuClosed) {
+    controller_.menuItem("pomodoroStartItem")->trigger();
+    EXPECT_TRUE(calls_.empty());
+    QApplication::processEvents();
+    controller_.menuItem("pomodoroDashboardMenuItem")->trigger();
+    controller_.menuItem("pomodoroPauseItem")->trigger();
+    controller_.menuItem("pomodoroStopItem")->trigger();
+    QApplication::processEvents();
+    EXPECT_EQ(calls_, (std::vector<std::string>{"start", "dashboard", "toggle", "stop"}));
+}
+
+TEST_F(MenuBarPomodoroTest, PomodoroOffLeavesNoRowsAndTheCountdownStays) {
+    controller_.updatePomodoroDisplay(PomodoroTimerState::running(PomodoroPhase::work, 1499));
+    enabled_ = false;
+    controller_.buildMenu();
+    EXPECT_EQ(controller_.menu()->actions().size(), 1);
+    controller_.updatePomodoroDisplay(PomodoroTimerState::running(PomodoroPhase::work, 1498));
+    EXPECT_EQ(controller_.statusIcon(), MenuBarController::StatusIcon::pomodoro);
+    EXPECT_EQ(controller_.statusItem().toolTip(), QString::fromUtf8("\U0001F345 24:58"));
+}
+
+TEST_F(MenuBarPomodoroTest, ALanguageChangeRestoresTheRowsOnTheNextTurn) {
+    state_ = PomodoroTimerState::paused(PomodoroPhase::breakTime, 10);
+    controller_.updatePomodoroDisplay(state_);
+    language_ = SettingsLanguage::ru;
+    notifications_.post(orvantisSettingsLanguageChanged);
+    EXPECT_TRUE(visible("pomodoroStartItem"));  // a rebuilt menu is idle
+    QApplication::processEvents();
+    EXPECT_FALSE(visible("pomodoroStartItem"));
+    EXPECT_TRUE(visible("pomodoroPauseItem"));
+    EXPECT_EQ(controller_.menuItem("pomodoroPauseItem")->text(), QString::fromUtf8("Продолжить"));
 }
 
 }  // namespace

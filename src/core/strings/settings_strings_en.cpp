@@ -147,14 +147,14 @@ constexpr SettingsStrings kEnglish{
     .focusStatusFound = "Both shortcuts found",
     .focusStatusMissing = "Shortcuts not found",
     .focusRecheck = "Check Again",
-    .focusOpenShortcuts = "Open Shortcuts",
+    .focusOpenShortcuts = "Open Folder",
     .focusMissingAlertTitle = "Focus shortcuts not configured",
     .focusMissingAlertBody =
-        "You enabled “Focus during Pomodoro”, but the two required shortcuts haven’t been created yet. "
-        "Create them in the Shortcuts app:\n"
+        "You enabled “Focus during Pomodoro”, but the two required commands haven’t been created yet. "
+        "Create them as executable files in ~/.config/orvantis/focus:\n"
         "\n"
-        "   • “Orvantis Focus On” → Set Focus → Turn On Do Not Disturb\n"
-        "   • “Orvantis Focus Off” → Set Focus → Turn Off Do Not Disturb\n"
+        "   • “Orvantis Focus On” → turns Do Not Disturb on\n"
+        "   • “Orvantis Focus Off” → turns Do Not Disturb off\n"
         "\n"
         "The Pomodoro will start without toggling Focus.",
     .focusMissingAlertContinue = "Start without Focus",

@@ -150,14 +150,14 @@ constexpr SettingsStrings kRussian{
     .focusStatusFound = "Обе команды найдены",
     .focusStatusMissing = "Команды не найдены",
     .focusRecheck = "Проверить снова",
-    .focusOpenShortcuts = "Открыть «Быстрые команды»",
+    .focusOpenShortcuts = "Открыть папку",
     .focusMissingAlertTitle = "Команды для Фокуса не настроены",
     .focusMissingAlertBody =
-        "Вы включили «Фокус во время помодоро», но две нужные быстрые команды ещё не созданы. Создайте "
-        "их в приложении «Быстрые команды»:\n"
+        "Вы включили «Фокус во время помодоро», но две нужные команды ещё не созданы. Создайте "
+        "их как исполняемые файлы в ~/.config/orvantis/focus:\n"
         "\n"
-        "   • «Orvantis Focus On» → Задать фокус → Включить «Не беспокоить»\n"
-        "   • «Orvantis Focus Off» → Задать фокус → Выключить «Не беспокоить»\n"
+        "   • «Orvantis Focus On» → включает «Не беспокоить»\n"
+        "   • «Orvantis Focus Off» → выключает «Не беспокоить»\n"
         "\n"
         "Помодоро запустится без переключения Фокуса.",
     .focusMissingAlertContinue = "Запустить без Фокуса",

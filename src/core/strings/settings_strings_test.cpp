@@ -221,15 +221,15 @@ struct FixedText {
 constexpr FixedText kFeatureTexts[] = {
     {"focusMissingAlertBody",
      SettingsLanguage::en,
-     "You enabled “Focus during Pomodoro”, but the two required shortcuts haven’t been created yet. "
-     "Create them in the Shortcuts app:\n"
+     "You enabled “Focus during Pomodoro”, but the two required commands haven’t been created yet. "
+     "Create them as executable files in ~/.config/orvantis/focus:\n"
      "\n"
-     "   • “Orvantis Focus On” → Set Focus → Turn On Do Not Disturb\n"
-     "   • “Orvantis Focus Off” → Set Focus → Turn Off Do Not Disturb\n"
+     "   • “Orvantis Focus On” → turns Do Not Disturb on\n"
+     "   • “Orvantis Focus Off” → turns Do Not Disturb off\n"
      "\n"
      "The Pomodoro will start without toggling Focus."},
     {"focusMissingAlertTitle", SettingsLanguage::en, "Focus shortcuts not configured"},
-    {"focusOpenShortcuts", SettingsLanguage::en, "Open Shortcuts"},
+    {"focusOpenShortcuts", SettingsLanguage::en, "Open Folder"},
     {"focusMissingAlertContinue", SettingsLanguage::en, "Start without Focus"},
     {"notifWorkEndTitle", SettingsLanguage::en, "Break time!"},
     {"notifWorkEndTitle", SettingsLanguage::ru, "Перерыв!"},
@@ -498,10 +498,10 @@ TEST(SettingsStringsTest, SomeScreensShareATextButKeepTheirOwnField) {
 TEST(SettingsStringsTest, FocusAlertBodyKeepsItsLineBreaks) {
     const SettingsStrings english = SettingsStrings::make(SettingsLanguage::en);
     EXPECT_EQ(english.focusMissingAlertBody,
-              "You enabled “Focus during Pomodoro”, but the two required shortcuts haven’t been created yet. "
-              "Create them in the Shortcuts app:\n\n"
-              "   • “Orvantis Focus On” → Set Focus → Turn On Do Not Disturb\n"
-              "   • “Orvantis Focus Off” → Set Focus → Turn Off Do Not Disturb\n\n"
+              "You enabled “Focus during Pomodoro”, but the two required commands haven’t been created yet. "
+              "Create them as executable files in ~/.config/orvantis/focus:\n\n"
+              "   • “Orvantis Focus On” → turns Do Not Disturb on\n"
+              "   • “Orvantis Focus Off” → turns Do Not Disturb off\n\n"
               "The Pomodoro will start without toggling Focus.");
     const SettingsStrings russian = SettingsStrings::make(SettingsLanguage::ru);
     // The two shortcuts are looked up by their exact names, which therefore stay untranslated.

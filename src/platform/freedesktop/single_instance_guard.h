@@ -56,6 +56,7 @@ public:
 private:
     SingleInstanceGuard(Mechanism mechanism, sd_bus* bus, int lockDescriptor);
     friend class ClipboardBusService;  // exports its object on this connection
+    friend class PomodoroBusService;   // and so does the Pomodoro
 
     Mechanism mechanism_;
     sd_bus* bus_ = nullptr;    ///< owned; closed in the destructor
