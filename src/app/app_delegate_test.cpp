@@ -15,6 +15,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <QAction>
+
 #include "core/clipboard/clipboard_history_popup.h"
 #include "core/clipboard/clipboard_monitor.h"
 #include "core/log/app_logger.h"
@@ -29,6 +31,7 @@
 #include "platform/sim/desktop.h"
 #include "platform/sim/http_client.h"
 #include "platform/sim/permissions.h"
+#include "platform/system_utilities.h"
 #include "testing/qt_test_application.h"
 #include "testing/test_support.h"
 #include "ui/menu_bar_controller.h"
@@ -184,6 +187,38 @@ public:
     std::optional<platform::ApplicationInfo> frontmostApplication() const override { return std::nullopt; }
 };
 
+/// Keep-awake's power assertion and lid-close control, recording what is asked of them.
+class RecordingPower final : public platform::PowerAssertions {
+public:
+    explicit RecordingPower(Record& record) : record_(record) {}
+    int create(std::string_view, std::uint32_t& id) override {
+        record_.push_back("power hold");
+        id = 1;
+        return 0;
+    }
+    int release(std::uint32_t) override {
+        record_.push_back("power release");
+        return 0;
+    }
+
+private:
+    Record& record_;
+};
+
+class RecordingLidSleep final : public platform::LidSleepControl {
+public:
+    explicit RecordingLidSleep(Record& record) : record_(record) {}
+    bool setDisableSleep(bool disable) override {
+        record_.push_back(disable ? "lid sleep off" : "lid sleep on");
+        return true;
+    }
+    bool provision() override { return true; }
+    bool deprovision() override { return true; }
+
+private:
+    Record& record_;
+};
+
 class FixedPointer final : public platform::Pointer {
 public:
     platform::ScreenPoint location() const override { return {100, 100}; }
@@ -202,6 +237,8 @@ protected:
         services_.pasteboard = &desktop_.pasteboard();
         services_.pointer = &pointer_;
         services_.httpClient = &http_;
+        services_.powerAssertions = &power_;
+        services_.lidSleep = &lidSleep_;
         services_.makeTranslationPopup = [this] {
             record_.push_back("translation popup");
             return std::make_unique<NoTranslationPopup>();
@@ -223,6 +260,13 @@ protected:
         platform::ThreadSerialQueue writer("test.preferences");
         PreferenceStore store(preferencesFile(), writer, nullptr);
         AppSettings(store).setHasCompletedOnboarding(true);
+        store.flush();
+    }
+    /// The unconditional lid-close mode is switched on in an earlier run.
+    void keepAwakeWithLidClosed() {
+        platform::ThreadSerialQueue writer("test.preferences");
+        PreferenceStore store(preferencesFile(), writer, nullptr);
+        AppSettings(store).setCaffeineLidCloseAlways(true);
         store.flush();
     }
     /// The desktop refuses the tap (no permission to watch the keyboard).
@@ -249,6 +293,8 @@ protected:
     RecordingPermissions permissions_{simPermissions_, record_};
     NoFrontmostApplication applications_;
     FixedPointer pointer_;
+    RecordingPower power_{record_};
+    RecordingLidSleep lidSleep_{record_};
     sim::HttpClient http_{desktop_.loop()};
     platform::ThreadSerialQueue logQueue_{"test.log"};
     platform::ThreadSerialQueue preferencesWriter_{"test.preferences.writer"};
@@ -325,6 +371,35 @@ TEST_F(AppDelegateTest, FirstRunWithoutPermissionShowsTheBannerAndPollsButAsksNo
     takeRecord();
     desktop_.loop().runFor(500ms);
     EXPECT_THAT(takeRecord(), ElementsAre("tap start", "cancel every 2000ms"));
+    EXPECT_EQ(delegate_->menuBarController()->statusIcon(), ui::MenuBarController::StatusIcon::keyboard);
+}
+
+TEST_F(AppDelegateTest, KeepAwakeComesAfterTheTextToolsAndBeforeTheTapAndLetsLidSleepGoFirstAtTheEnd) {
+    completeOnboarding();
+    keepAwakeWithLidClosed();
+    launch();
+    EXPECT_THAT(takeRecord(), ElementsAre("watch", "tap hotkeys", "translation popup", "clipboard popup",
+                                          "every 500ms",
+                                          "lid sleep off",  // 18: keep-awake, its lid-close mode
+                                          "tap start"));
+    delegate_->applicationWillTerminate();
+    EXPECT_THAT(takeRecord(), ElementsAre("lid sleep on",  // lid-close sleep undone first
+                                          "cancel every 500ms", "tap stop"));
+}
+
+TEST_F(AppDelegateTest, TheKeepAwakeHotkeyHoldsThePowerAssertionAndTurnsTheIconRed) {
+    completeOnboarding();
+    launch();
+    takeRecord();
+    // Super+Shift+K, the default of the keep-awake hotkey.
+    desktop_.press(40, platform::key_flags::kControl | platform::key_flags::kShift);
+    desktop_.loop().runUntilIdle();
+    EXPECT_THAT(takeRecord(), ElementsAre("power hold"));
+    EXPECT_EQ(delegate_->menuBarController()->statusIcon(), ui::MenuBarController::StatusIcon::caffeine);
+    ASSERT_NE(delegate_->menuBarController()->menuItem("menuCaffeineItem"), nullptr);
+    EXPECT_TRUE(delegate_->menuBarController()->menuItem("menuCaffeineItem")->isChecked());
+    delegate_->menuBarController()->menuItem("menuCaffeineItem")->trigger();
+    EXPECT_THAT(takeRecord(), ElementsAre("power release"));
     EXPECT_EQ(delegate_->menuBarController()->statusIcon(), ui::MenuBarController::StatusIcon::keyboard);
 }
 

@@ -7,12 +7,17 @@
 namespace orvantis {
 class AppSettings;
 class ClipboardHistoryPopup;
+class KeyboardLockOverlay;
 class TextTransformerWindow;
 class TranslationPopup;
 }  // namespace orvantis
 namespace orvantis::platform {
 class Accessibility;
+class ApplicationWatch;
 class Applications;
+class LidSleepControl;
+class PointerDevices;
+class PowerAssertions;
 class EventTap;
 class HttpClient;
 class InputSources;
@@ -44,6 +49,14 @@ struct DesktopServices {
     platform::Pasteboard* pasteboard = nullptr;
     platform::Pointer* pointer = nullptr;
     platform::HttpClient* httpClient = nullptr;
+    /// The system utilities: the keep-awake assertion, lid-close sleep, the running
+    /// applications and their changes, and the pointing devices' scroll direction.
+    platform::PowerAssertions* powerAssertions = nullptr;
+    platform::LidSleepControl* lidSleep = nullptr;
+    platform::ApplicationWatch* applicationWatch = nullptr;
+    platform::PointerDevices* pointerDevices = nullptr;
+    /// The keyboard lock's overlay, made at the first lock.
+    std::function<std::unique_ptr<KeyboardLockOverlay>()> makeKeyboardLockOverlay;
     /// The translator's and the clipboard history's popups, made once by their features.
     std::function<std::unique_ptr<TranslationPopup>()> makeTranslationPopup;
     std::function<std::unique_ptr<ClipboardHistoryPopup>()> makeClipboardPopup;

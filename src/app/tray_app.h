@@ -10,6 +10,7 @@
 #include "app/clipboard_assembly.h"
 #include "app/desktop_services.h"
 #include "app/layout_switching_assembly.h"
+#include "app/system_utilities_assembly.h"
 #include "app/text_tools_assembly.h"
 #include "app/translator_assembly.h"
 #include "core/events/notification_center.h"
@@ -73,6 +74,8 @@ public:
     /// The clipboard watcher and its history, from launch on; null without a pasteboard.
     ClipboardMonitor* clipboardMonitor() const;
     NotificationCenter& notifications() { return notifications_; }
+    /// Keep-awake, the keyboard lock and the other system utilities, from launch on.
+    SystemUtilitiesAssembly* systemUtilities() const { return systemUtilities_.get(); }
 
 private:
     void logLaunchBanner();
@@ -97,6 +100,7 @@ private:
     std::unique_ptr<TranslatorAssembly> translator_;
     std::unique_ptr<ClipboardAssembly> clipboard_;
     std::unique_ptr<TextToolsAssembly> textTools_;
+    std::unique_ptr<SystemUtilitiesAssembly> systemUtilities_;
     std::unique_ptr<PermissionsManager> permissionsManager_;
     std::unique_ptr<PermissionPolling> permissionPolling_;
 };

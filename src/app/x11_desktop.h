@@ -17,6 +17,7 @@ class MainLoop;
 class Pointer;
 }  // namespace orvantis::platform
 namespace orvantis::x11 {
+class X11Applications;
 class X11Clipboard;
 class X11EventTap;
 class X11Permissions;
@@ -25,7 +26,9 @@ class XTestKeyOutput;
 }  // namespace orvantis::x11
 namespace orvantis::freedesktop {
 class DesktopEntries;
-}
+class LogindLidInhibitor;
+class ScreenSaverInhibitor;
+}  // namespace orvantis::freedesktop
 namespace orvantis::ui {
 class ClipboardPopupController;
 class TranslationPopupController;
@@ -61,7 +64,10 @@ private:
     std::unique_ptr<x11::X11Permissions> permissions_;
     std::unique_ptr<platform::Accessibility> accessibility_;
     Subscription eventTapWatch_;
-    std::unique_ptr<platform::Applications> applications_;
+    std::unique_ptr<x11::X11Applications> applications_;
+    Subscription applicationsWatch_;
+    std::unique_ptr<freedesktop::ScreenSaverInhibitor> powerAssertions_;
+    std::unique_ptr<freedesktop::LogindLidInhibitor> lidSleep_;
     std::unique_ptr<x11::X11Clipboard> pasteboard_;
     Subscription pasteboardWatch_;
     std::unique_ptr<platform::KeyOutput> selectionKeys_;

@@ -63,6 +63,7 @@ TEST_F(CaffeineCoordinatorTest, ArmingWithTheMasterSwitchOffThroughToggleDoesNot
     hotkey();
     EXPECT_FALSE(coordinator().isActive());
     EXPECT_EQ(power_.creates, 0);
+    EXPECT_EQ(logCount("error caffeine:"), 0u);  // not even an attempt that had to be undone
 }
 
 TEST_F(CaffeineCoordinatorTest, ThirtyMinutesWithAListedAppInFrontEndsByTimerAndKeepsTheLock) {

@@ -53,6 +53,14 @@ TEST_F(MenuBarHiderCoordinatorTest, TogglingWithTheFeatureOffDoesNothingAlsoByHo
     EXPECT_TRUE(logged("info menuBarHider: disabled"));
 }
 
+TEST_F(MenuBarHiderCoordinatorTest, TheHotkeyDoesNothingOnceTheFeatureIsOffEvenBeforeItsItemsGo) {
+    settings.setMenuBarHiderEnabled(true);
+    coordinator_.applyState();
+    settings.setMenuBarHiderEnabled(false);
+    hotkey();
+    EXPECT_FALSE(settings.menuBarHiderCollapsed());
+}
+
 TEST_F(MenuBarHiderCoordinatorTest, TheHotkeyAndClicksToggle) {
     settings.setMenuBarHiderEnabled(true);
     coordinator_.applyState();

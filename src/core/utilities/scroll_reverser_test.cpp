@@ -85,8 +85,11 @@ TEST_F(ScrollReverserTest, AGestureAfterAMagicMouseReportIsTheMouseOnlyStrictlyW
     attribution.record(kMagicMouse, 10.0);
     EXPECT_EQ(attribution.classify(gesture(), 10.1), DeviceKind::magicMouse);
     EXPECT_EQ(attribution.classify(gesture(), 10.2), DeviceKind::trackpad);
-    EXPECT_EQ(attribution.classify(gesture(), 10.0 + ScrollAttribution::kAttributionWindowSeconds),
-              DeviceKind::trackpad);
+    // Exactly 0.15 s after a report (at uptime 0, so the difference is exact): a trackpad.
+    ScrollAttribution atStart;
+    atStart.record(kMagicMouse, 0.0);
+    EXPECT_EQ(atStart.classify(gesture(), 0.149), DeviceKind::magicMouse);
+    EXPECT_EQ(atStart.classify(gesture(), ScrollAttribution::kAttributionWindowSeconds), DeviceKind::trackpad);
     EXPECT_EQ(attribution.classify(ScrollEventFields{}, 10.05), DeviceKind::wheelMouse);
 }
 

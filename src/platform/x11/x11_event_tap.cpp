@@ -273,12 +273,24 @@ void X11EventTap::applyGrabs() {
 void X11EventTap::applyKeyboardGrab() {
     Display* display = connection_->display;
     if (wholeKeyboard_ && !keyboardGrabbed_) {
-        keyboardGrabbed_ = XGrabKeyboard(display, DefaultRootWindow(display), True, GrabModeAsync, GrabModeAsync,
-                                         CurrentTime) == GrabSuccess;
+        const int status = XGrabKeyboard(display, DefaultRootWindow(display), True, GrabModeAsync, GrabModeAsync,
+                                         CurrentTime);
+        keyboardGrabbed_ = status == GrabSuccess;
+        // Another client's grab (an open menu, a screen locker): tried again at every event
+        // that arrives, so at the latest at the next key; said once per lock.
+        if (!keyboardGrabbed_ && !keyboardGrabFailureLogged_ && log_ != nullptr) {
+            keyboardGrabFailureLogged_ = true;
+            log_->app.warning(std::string("keyboardLock: the keyboard cannot be held (") +
+                              (status == AlreadyGrabbed ? "another program holds it" : "the X server refused") +
+                              "); keys reach the focused window until it can, retrying");
+        }
+        if (keyboardGrabbed_ && keyboardGrabFailureLogged_ && log_ != nullptr)
+            log_->app.info("keyboardLock: the keyboard is held now");
     } else if (!wholeKeyboard_ && keyboardGrabbed_) {
         XUngrabKeyboard(display, CurrentTime);
         keyboardGrabbed_ = false;
     }
+    if (!wholeKeyboard_) keyboardGrabFailureLogged_ = false;
     XFlush(display);
 }
 

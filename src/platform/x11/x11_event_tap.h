@@ -84,6 +84,7 @@ private:
     std::vector<platform::GrabbedKey> activeGrabs_;
     bool wholeKeyboard_ = false;
     bool keyboardGrabbed_ = false;
+    bool keyboardGrabFailureLogged_ = false;
     std::optional<PendingPress> pendingPress_;
 };
 
