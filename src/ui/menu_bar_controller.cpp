@@ -50,15 +50,19 @@ QIcon badged(const QIcon& base, const QColor& colour, const QString& mark) {
     return icon;
 }
 
-/// `base` painted over in `colour`, keeping its shape: the keep-awake icon.
+/// `base` coloured with `colour` (multiplied, so its light parts take the colour and its dark
+/// lines stay), keeping its shape: the keep-awake icon.
 QIcon tinted(const QIcon& base, const QColor& colour) {
     QIcon icon;
     for (int size : {16, 22, 24, 32, 48, 64}) {
-        QPixmap pixmap = base.pixmap(size, size);
-        if (pixmap.isNull()) continue;
+        const QPixmap source = base.pixmap(size, size);
+        if (source.isNull()) continue;
+        QPixmap pixmap = source;
         QPainter painter(&pixmap);
-        painter.setCompositionMode(QPainter::CompositionMode_SourceIn);
+        painter.setCompositionMode(QPainter::CompositionMode_Multiply);
         painter.fillRect(pixmap.rect(), colour);
+        painter.setCompositionMode(QPainter::CompositionMode_DestinationIn);
+        painter.drawPixmap(0, 0, source);
         painter.end();
         icon.addPixmap(pixmap);
     }
