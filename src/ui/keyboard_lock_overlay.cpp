@@ -61,7 +61,9 @@ QtKeyboardLockOverlay::QtKeyboardLockOverlay() : window_(std::make_unique<Overla
     iconView_ = new QLabel(w);
     iconView_->setFixedSize(120, 100);
     iconView_->setAlignment(Qt::AlignCenter);
-    iconView_->setPixmap(KeyboardIcon::load().icon.pixmap(88, 88));
+    // An icon theme may stop at 48 or 64 pixels: the picture is brought to 88 all the same.
+    iconView_->setPixmap(KeyboardIcon::load().icon.pixmap(88, 88).scaled(88, 88, Qt::KeepAspectRatio,
+                                                                          Qt::SmoothTransformation));
     titleLabel_ = label(w, 28, QFont::DemiBold, QColor(245, 245, 245));
     subtitleLabel_ = label(w, 15, QFont::Normal, QColor(200, 200, 205));
     escHintLabel_ = label(w, 13, QFont::Normal, QColor(160, 160, 168));
