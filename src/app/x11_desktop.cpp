@@ -14,6 +14,7 @@
 #include "platform/x11/x11_clipboard.h"
 #include "platform/x11/x11_event_tap.h"
 #include "platform/x11/x11_permissions.h"
+#include "platform/x11/xinput_pointer_devices.h"
 #include "platform/x11/xkb_input_sources.h"
 #include "platform/x11/xtest_key_output.h"
 #include "ui/clipboard_history_popup.h"
@@ -46,6 +47,13 @@ X11Desktop::X11Desktop(AppLogger& logger, platform::MainLoop& loop) : loop_(loop
     services_.powerAssertions = powerAssertions_.get();
     lidSleep_ = std::make_unique<freedesktop::LogindLidInhibitor>(logger.log().app);
     services_.lidSleep = lidSleep_.get();
+    // Scroll direction per device, where libinput drives the device.
+    pointerDevices_ = x11::XInputPointerDevices::open(nullptr, &logger.log());
+    if (pointerDevices_) {
+        services_.pointerDevices = pointerDevices_.get();
+        pointerDevicesWatch_ =
+            loop_.watchReadable(pointerDevices_->fileDescriptor(), [this] { pointerDevices_->dispatchPending(); });
+    }
     services_.makeKeyboardLockOverlay = []() -> std::unique_ptr<KeyboardLockOverlay> {
         return std::make_unique<ui::QtKeyboardLockOverlay>();
     };
@@ -126,6 +134,7 @@ X11Desktop::~X11Desktop() {
     eventTapWatch_ = {};
     pasteboardWatch_ = {};
     applicationsWatch_ = {};
+    pointerDevicesWatch_ = {};
 }
 
 }  // namespace orvantis::app

@@ -21,6 +21,7 @@ class X11Applications;
 class X11Clipboard;
 class X11EventTap;
 class X11Permissions;
+class XInputPointerDevices;
 class XkbInputSources;
 class XTestKeyOutput;
 }  // namespace orvantis::x11
@@ -68,6 +69,8 @@ private:
     Subscription applicationsWatch_;
     std::unique_ptr<freedesktop::ScreenSaverInhibitor> powerAssertions_;
     std::unique_ptr<freedesktop::LogindLidInhibitor> lidSleep_;
+    std::unique_ptr<x11::XInputPointerDevices> pointerDevices_;
+    Subscription pointerDevicesWatch_;
     std::unique_ptr<x11::X11Clipboard> pasteboard_;
     Subscription pasteboardWatch_;
     std::unique_ptr<platform::KeyOutput> selectionKeys_;
