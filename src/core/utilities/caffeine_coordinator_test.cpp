@@ -5,7 +5,7 @@
 #include <chrono>
 #include <memory>
 
-#include "core/utilities/utilities_test_support.h"
+#include "testing/utilities_test_support.h"
 #include "platform/key_output.h"
 
 namespace orvantis {

@@ -4,7 +4,7 @@
 
 #include <chrono>
 
-#include "core/utilities/utilities_test_support.h"
+#include "testing/utilities_test_support.h"
 #include "platform/key_output.h"
 
 namespace orvantis {

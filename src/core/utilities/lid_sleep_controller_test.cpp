@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "core/utilities/utilities_test_support.h"
+#include "testing/utilities_test_support.h"
 
 namespace orvantis {
 namespace {

@@ -4,7 +4,7 @@
 
 #include <map>
 
-#include "core/utilities/utilities_test_support.h"
+#include "testing/utilities_test_support.h"
 
 namespace orvantis {
 namespace {
