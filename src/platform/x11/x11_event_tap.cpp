@@ -293,6 +293,8 @@ void X11EventTap::applyKeyboardGrab() {
     } else if (!wholeKeyboard_ && keyboardGrabbed_) {
         XUngrabKeyboard(display, CurrentTime);
         keyboardGrabbed_ = false;
+        // Done by the time the unlock returns, so whatever opens next can take the keyboard.
+        XSync(display, False);
     }
     if (!wholeKeyboard_) keyboardGrabFailureLogged_ = false;
     XFlush(display);
