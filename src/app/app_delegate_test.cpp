@@ -23,6 +23,7 @@
 #include "core/settings/app_settings.h"
 #include "core/settings/preference_store.h"
 #include "core/text_tools/text_transformer_coordinator.h"
+#include "core/utilities/keyboard_lock_coordinator.h"
 #include "core/translator/translation_popup.h"
 #include "platform/applications.h"
 #include "platform/key_output.h"
@@ -401,6 +402,23 @@ TEST_F(AppDelegateTest, TheKeepAwakeHotkeyHoldsThePowerAssertionAndTurnsTheIconR
     delegate_->menuBarController()->menuItem("menuCaffeineItem")->trigger();
     EXPECT_THAT(takeRecord(), ElementsAre("power release"));
     EXPECT_EQ(delegate_->menuBarController()->statusIcon(), ui::MenuBarController::StatusIcon::keyboard);
+}
+
+TEST_F(AppDelegateTest, TheKeyboardLockEndsWhenItsSwitchGoesOff) {
+    completeOnboarding();
+    services_.makeKeyboardLockOverlay = [] { return std::unique_ptr<KeyboardLockOverlay>(); };
+    launch();
+    // Super+Shift+L, the default of the lock hotkey.
+    desktop_.press(37, platform::key_flags::kControl | platform::key_flags::kShift);
+    desktop_.loop().runUntilIdle();
+    KeyboardLockCoordinator* lock = delegate_->systemUtilities()->keyboardLock();
+    ASSERT_NE(lock, nullptr);
+    ASSERT_TRUE(lock->isLocked());
+    EXPECT_TRUE(desktop_.eventTap().wholeKeyboardGrabbed());
+    delegate_->settings()->setKeyboardLockEnabled(false);
+    desktop_.loop().runUntilIdle();
+    EXPECT_FALSE(lock->isLocked());
+    EXPECT_FALSE(desktop_.eventTap().wholeKeyboardGrabbed());
 }
 
 TEST_F(AppDelegateTest, EndSequenceStopsTheClipboardBeforeTheKeyboardMonitor) {

@@ -5,11 +5,13 @@
 #include <set>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include "app/app_services.h"
 #include "core/events/global_event_monitor.h"
 #include "core/log/app_logger.h"
 #include "core/settings/app_settings.h"
+#include "core/settings/preference_store.h"
 #include "core/utilities/caffeine_coordinator.h"
 #include "core/utilities/finder_cut_coordinator.h"
 #include "core/utilities/keyboard_lock_coordinator.h"
@@ -55,6 +57,7 @@ struct SystemUtilitiesAssembly::Fallbacks {
 
 struct SystemUtilitiesAssembly::Wiring {
     Subscription finderCut;
+    Subscription lockSetting;
 };
 
 SystemUtilitiesAssembly::SystemUtilitiesAssembly(AppServices& services)
@@ -74,6 +77,9 @@ std::unique_ptr<SystemUtilitiesAssembly> SystemUtilitiesAssembly::create(AppServ
         a->keyboardLock_ = std::make_unique<KeyboardLockCoordinator>(services.settings, *monitor, services.loop,
                                                                      services.clock, log,
                                                                      desktop.makeKeyboardLockOverlay);
+        // The lock ends when its switch goes off, whoever wrote the setting.
+        a->wiring_->lockSetting = services.settings.store().onChange(
+            [lock = a->keyboardLock_.get()](const std::vector<std::string>&) { lock->applyState(); });
     } else {
         log.info("keyboardLock: no keyboard monitor, so the keyboard cannot be locked");
     }
