@@ -16,6 +16,7 @@
 #include "core/settings/preference_store.h"
 #include "platform/applications.h"
 #include "platform/sim/desktop.h"
+#include "platform/sim/system_utilities.h"
 #include "platform/system_utilities.h"
 #include "testing/test_support.h"
 
@@ -33,76 +34,12 @@ private:
     std::vector<std::string>& lines_;
 };
 
-/// The power assertion service: counts and can refuse.
-class FakePower final : public platform::PowerAssertions {
-public:
-    int create(std::string_view name, std::uint32_t& id) override {
-        ++creates;
-        lastName = std::string(name);
-        if (refuse != 0) return refuse;
-        id = ++nextId;
-        held = true;
-        return 0;
-    }
-    int release(std::uint32_t id) override {
-        ++releases;
-        releasedId = id;
-        held = false;
-        return releaseResult;
-    }
-    int creates = 0, releases = 0, refuse = 0, releaseResult = 0;
-    std::uint32_t nextId = 100, releasedId = 0;
-    bool held = false;
-    std::string lastName;
-};
-
-/// Frontmost and running applications, set by the test, with their notices.
-class FakeApplications final : public platform::Applications, public platform::ApplicationWatch {
-public:
-    std::optional<platform::ApplicationInfo> frontmostApplication() const override { return frontmost; }
-    std::vector<platform::ApplicationInfo> runningApplications() const override { return running; }
-    Subscription onActivated(Callback c) override { return activated.add(std::move(c)); }
-    Subscription onLaunched(Callback c) override { return launched.add(std::move(c)); }
-    Subscription onTerminated(Callback c) override { return terminated.add(std::move(c)); }
-
-    void activate(const std::string& id) {
-        frontmost = platform::ApplicationInfo{id, id, 1};
-        activated.notify();
-    }
-    void launch(const std::string& id) {
-        running.push_back(platform::ApplicationInfo{id, id, 2});
-        launched.notify();
-    }
-    void terminate(const std::string& id) {
-        std::erase_if(running, [&](const platform::ApplicationInfo& a) { return a.bundleID == id; });
-        terminated.notify();
-    }
-
-    std::optional<platform::ApplicationInfo> frontmost;
-    std::vector<platform::ApplicationInfo> running;
-    CallbackList<> activated, launched, terminated;
-};
-
-/// Lid-close control that records each call and can fail.
-class FakeLidSleep final : public platform::LidSleepControl {
-public:
-    bool setDisableSleep(bool disable) override {
-        calls.push_back(disable ? "disable 1" : "disable 0");
-        if (fail) return false;
-        disabled = disable;
-        return true;
-    }
-    bool provision() override {
-        calls.push_back("provision");
-        return provisionResult;
-    }
-    bool deprovision() override {
-        calls.push_back("deprovision");
-        return deprovisionResult;
-    }
-    std::vector<std::string> calls;
-    bool fail = false, disabled = false, provisionResult = true, deprovisionResult = true;
-};
+// The simulated desktop's system services under the names the tests use.
+using FakePower = sim::PowerAssertions;
+using FakeApplications = sim::Applications;
+using FakeLidSleep = sim::LidSleepControl;
+using FakeDevices = sim::PointerDevices;
+using RecordingRunner = sim::CommandRunner;
 
 /// The settings, the log and the simulated desktop with its monitor running.
 class UtilitiesFixture {

@@ -12,25 +12,6 @@ namespace {
 
 using namespace utilities_testing;
 
-/// Records each command line instead of running it.
-class RecordingRunner final : public platform::CommandRunner {
-public:
-    std::optional<int> run(const std::string& program, const std::vector<std::string>& arguments,
-                           std::string& launchError) override {
-        std::vector<std::string> line{program};
-        line.insert(line.end(), arguments.begin(), arguments.end());
-        lines.push_back(line);
-        if (cannotLaunch) {
-            launchError = "No such file or directory";
-            return std::nullopt;
-        }
-        return status;
-    }
-    std::vector<std::vector<std::string>> lines;
-    int status = 0;
-    bool cannotLaunch = false;
-};
-
 /// Reads a double-quoted string of the script interpreter back: \\ is a backslash, \" a quote.
 std::string readAppleScriptString(std::string_view source, std::string_view prefix, std::string_view suffix) {
     EXPECT_TRUE(source.starts_with(prefix));

@@ -31,33 +31,6 @@ ScrollEventFields gesture(std::int64_t phase = 1) {
     return e;
 }
 
-/// Devices whose natural scrolling the test reads; a device can vanish.
-class FakeDevices final : public platform::PointerDevices {
-public:
-    std::vector<PointerDeviceInfo> devices() const override { return list; }
-    bool setNaturalScrolling(std::int64_t id, bool natural) override {
-        ++writes;
-        if (std::none_of(list.begin(), list.end(), [&](const PointerDeviceInfo& d) { return d.id == id; }))
-            return false;
-        natural_[id] = natural;
-        return true;
-    }
-    Subscription onDevicesChanged(std::function<void()> c) override { return changed.add(std::move(c)); }
-    bool natural(std::int64_t id) const {
-        auto it = natural_.find(id);
-        if (it != natural_.end()) return it->second;
-        for (const auto& d : list)
-            if (d.id == id) return d.naturalScrollingDefault;
-        return false;
-    }
-    std::vector<PointerDeviceInfo> list{kTouchpad, kWheelMouse};
-    CallbackList<> changed;
-    int writes = 0;
-
-private:
-    std::map<std::int64_t, bool> natural_;
-};
-
 class ScrollReverserTest : public ::testing::Test, protected UtilitiesFixture {};
 
 TEST_F(ScrollReverserTest, ClassifyDevice) {
@@ -132,6 +105,7 @@ TEST_F(ScrollReverserTest, ALineDeltaOf3Becomes3NegatedWithPointAndFixedPointAnd
 
 TEST_F(ScrollReverserTest, ReversedClassesGetTheOppositeOfTheirDefaultAndQuitRestoresThem) {
     FakeDevices devices;
+    devices.list = {kTouchpad, kWheelMouse};
     ScrollReverserCoordinator coordinator(settings, &devices, logger.log().app);
     coordinator.applyState();
     EXPECT_TRUE(logged("info scrollReverser: disabled (all toggles off)"));
@@ -150,6 +124,7 @@ TEST_F(ScrollReverserTest, ReversedClassesGetTheOppositeOfTheirDefaultAndQuitRes
 
 TEST_F(ScrollReverserTest, ChangingAnUnrelatedSettingDoesNotTouchTheDevices) {
     FakeDevices devices;
+    devices.list = {kTouchpad, kWheelMouse};
     settings.setReverseMouseScroll(true);
     ScrollReverserCoordinator coordinator(settings, &devices, logger.log().app);
     coordinator.applyState();
@@ -163,6 +138,7 @@ TEST_F(ScrollReverserTest, ChangingAnUnrelatedSettingDoesNotTouchTheDevices) {
 
 TEST_F(ScrollReverserTest, NewDevicesAreHandledAndAVanishedOneIsNoCrash) {
     FakeDevices devices;
+    devices.list = {kTouchpad, kWheelMouse};
     settings.setReverseMagicMouseScroll(true);
     ScrollReverserCoordinator coordinator(settings, &devices, logger.log().app);
     coordinator.applyState();
