@@ -26,7 +26,9 @@ Answer failure(std::string_view name, std::string message) {
 std::string statusOf(const CaffeineCoordinator& caffeine, const platform::Clock& clock) {
     std::optional<long long> left;
     if (caffeine.isActive() && caffeine.deadline()) {
-        const auto rest = std::chrono::duration_cast<std::chrono::seconds>(*caffeine.deadline() - clock.wallNow());
+        // Whole seconds, rounded up as the keyboard lock's countdown is: 1800 just after an arm
+        // of 30 minutes, 1 in its last second.
+        const auto rest = std::chrono::ceil<std::chrono::seconds>(*caffeine.deadline() - clock.wallNow());
         left = std::max<long long>(0, rest.count());
     }
     return caffeineStatusLine(caffeine.isActive(), left, caffeine.assertionHeld());
