@@ -23,6 +23,8 @@ APP_PIDS+=("$!")
 wait_until 5 grep -qx ready "$calls" || fail "the login manager stand-in did not start"
 
 "$ORVANTIS_BIN" settings set caffeineLidCloseAlways true >/dev/null
+# Without the Pomodoro's rows, Caffeine is the menu's first item.
+"$ORVANTIS_BIN" settings set pomodoroEnabled false >/dev/null
 start_orvantis first
 wait_for_tray_icon "$APP_PID" 15
 wait_until 10 log_has "caffeine: keep-awake and the keyboard lock answer on the session bus" || fail "no bus object"

@@ -16,6 +16,8 @@ terminal=$(mapped_window --name '^recorder$')
 [[ -n $terminal ]] || fail "no terminal window"
 
 "$ORVANTIS_BIN" settings set keyboardLockAutoUnlockMinutes 1 >/dev/null
+# Without the Pomodoro's rows the menu is Caffeine, the lock and Quit.
+"$ORVANTIS_BIN" settings set pomodoroEnabled false >/dev/null
 start_orvantis first
 wait_for_tray_icon "$APP_PID" 15
 wait_until 10 log_has "caffeine: keep-awake and the keyboard lock answer on the session bus" || fail "no bus object"
