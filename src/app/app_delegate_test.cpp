@@ -17,6 +17,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <QAction>
+
 #include "core/clipboard/clipboard_history_popup.h"
 #include "core/clipboard/clipboard_monitor.h"
 #include "core/log/app_logger.h"
@@ -28,6 +30,7 @@
 #include "core/settings/app_settings.h"
 #include "core/settings/preference_store.h"
 #include "core/text_tools/text_transformer_coordinator.h"
+#include "core/utilities/keyboard_lock_coordinator.h"
 #include "core/translator/translation_popup.h"
 #include "platform/applications.h"
 #include "platform/key_output.h"
@@ -37,6 +40,7 @@
 #include "platform/sim/http_client.h"
 #include "platform/sim/permissions.h"
 #include "platform/sim/pomodoro_services.h"
+#include "platform/system_utilities.h"
 #include "testing/qt_test_application.h"
 #include "testing/test_support.h"
 #include "ui/menu_bar_controller.h"
@@ -216,6 +220,38 @@ public:
     std::optional<platform::ApplicationInfo> frontmostApplication() const override { return std::nullopt; }
 };
 
+/// Keep-awake's power assertion and lid-close control, recording what is asked of them.
+class RecordingPower final : public platform::PowerAssertions {
+public:
+    explicit RecordingPower(Record& record) : record_(record) {}
+    int create(std::string_view, std::uint32_t& id) override {
+        record_.push_back("power hold");
+        id = 1;
+        return 0;
+    }
+    int release(std::uint32_t) override {
+        record_.push_back("power release");
+        return 0;
+    }
+
+private:
+    Record& record_;
+};
+
+class RecordingLidSleep final : public platform::LidSleepControl {
+public:
+    explicit RecordingLidSleep(Record& record) : record_(record) {}
+    bool setDisableSleep(bool disable) override {
+        record_.push_back(disable ? "lid sleep off" : "lid sleep on");
+        return true;
+    }
+    bool provision() override { return true; }
+    bool deprovision() override { return true; }
+
+private:
+    Record& record_;
+};
+
 class FixedPointer final : public platform::Pointer {
 public:
     platform::ScreenPoint location() const override { return {100, 100}; }
@@ -265,6 +301,8 @@ protected:
         services_.userNotifications = &notifications_;
         services_.sleepEvents = &sleep_;
         services_.focusCommands = &focus_;
+        services_.powerAssertions = &power_;
+        services_.lidSleep = &lidSleep_;
         services_.makeTranslationPopup = [this] {
             record_.push_back("translation popup");
             return std::make_unique<NoTranslationPopup>();
@@ -297,6 +335,13 @@ protected:
         AppSettings(store).setHasCompletedOnboarding(true);
         store.flush();
     }
+    /// The unconditional lid-close mode is switched on in an earlier run.
+    void keepAwakeWithLidClosed() {
+        platform::ThreadSerialQueue writer("test.preferences");
+        PreferenceStore store(preferencesFile(), writer, nullptr);
+        AppSettings(store).setCaffeineLidCloseAlways(true);
+        store.flush();
+    }
     /// The desktop refuses the tap (no permission to watch the keyboard).
     void refuseTap() { desktop_.eventTap().setPermitted(false); }
 
@@ -321,6 +366,8 @@ protected:
     RecordingPermissions permissions_{simPermissions_, record_};
     NoFrontmostApplication applications_;
     FixedPointer pointer_;
+    RecordingPower power_{record_};
+    RecordingLidSleep lidSleep_{record_};
     sim::HttpClient http_{desktop_.loop()};
     sim::UserNotifications notifications_{desktop_.loop()};
     RecordingSleepEvents sleep_{record_};
@@ -465,6 +512,52 @@ TEST_F(AppDelegateTest, FirstRunWithoutPermissionShowsTheBannerAndPollsButAsksNo
     desktop_.loop().runFor(500ms);
     EXPECT_THAT(takeRecord(), ElementsAre("tap start", "cancel every 2000ms"));
     EXPECT_EQ(delegate_->menuBarController()->statusIcon(), ui::MenuBarController::StatusIcon::keyboard);
+}
+
+TEST_F(AppDelegateTest, KeepAwakeComesAfterTheTextToolsAndBeforeTheTapAndLetsLidSleepGoFirstAtTheEnd) {
+    completeOnboarding();
+    keepAwakeWithLidClosed();
+    launch();
+    EXPECT_THAT(takeRecord(), ElementsAre("watch", "tap hotkeys", "translation popup", "clipboard popup",
+                                          "every 500ms", "focus commands listed", "sleep watched", "toast panel",
+                                          "lid sleep off",  // 18: keep-awake, its lid-close mode
+                                          "tap start"));
+    delegate_->applicationWillTerminate();
+    EXPECT_THAT(takeRecord(), ElementsAre("lid sleep on",  // lid-close sleep undone first
+                                          "cancel every 500ms", "tap stop"));
+}
+
+TEST_F(AppDelegateTest, TheKeepAwakeHotkeyHoldsThePowerAssertionAndTurnsTheIconRed) {
+    completeOnboarding();
+    launch();
+    takeRecord();
+    // Super+Shift+K, the default of the keep-awake hotkey.
+    desktop_.press(40, platform::key_flags::kControl | platform::key_flags::kShift);
+    desktop_.loop().runUntilIdle();
+    EXPECT_THAT(takeRecord(), ElementsAre("power hold"));
+    EXPECT_EQ(delegate_->menuBarController()->statusIcon(), ui::MenuBarController::StatusIcon::caffeine);
+    ASSERT_NE(delegate_->menuBarController()->menuItem("menuCaffeineItem"), nullptr);
+    EXPECT_TRUE(delegate_->menuBarController()->menuItem("menuCaffeineItem")->isChecked());
+    delegate_->menuBarController()->menuItem("menuCaffeineItem")->trigger();
+    EXPECT_THAT(takeRecord(), ElementsAre("power release"));
+    EXPECT_EQ(delegate_->menuBarController()->statusIcon(), ui::MenuBarController::StatusIcon::keyboard);
+}
+
+TEST_F(AppDelegateTest, TheKeyboardLockEndsWhenItsSwitchGoesOff) {
+    completeOnboarding();
+    services_.makeKeyboardLockOverlay = [] { return std::unique_ptr<KeyboardLockOverlay>(); };
+    launch();
+    // Super+Shift+L, the default of the lock hotkey.
+    desktop_.press(37, platform::key_flags::kControl | platform::key_flags::kShift);
+    desktop_.loop().runUntilIdle();
+    KeyboardLockCoordinator* lock = delegate_->systemUtilities()->keyboardLock();
+    ASSERT_NE(lock, nullptr);
+    ASSERT_TRUE(lock->isLocked());
+    EXPECT_TRUE(desktop_.eventTap().wholeKeyboardGrabbed());
+    delegate_->settings()->setKeyboardLockEnabled(false);
+    desktop_.loop().runUntilIdle();
+    EXPECT_FALSE(lock->isLocked());
+    EXPECT_FALSE(desktop_.eventTap().wholeKeyboardGrabbed());
 }
 
 TEST_F(AppDelegateTest, EndSequenceStopsTheClipboardBeforeTheKeyboardMonitor) {

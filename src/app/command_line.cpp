@@ -8,6 +8,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "app/caffeine_command.h"
 #include "app/clipboard_command.h"
 #include "app/password_command.h"
 #include "app/pomodoro_command.h"
@@ -68,6 +69,12 @@ constexpr std::string_view kUsage =
     "                                  K new passwords (1 by default), one a line, made as the\n"
     "                                  password hotkey makes them; what is not given comes from\n"
     "                                  the settings\n"
+    "  orvantis caffeine on [MINUTES]  keep the computer awake, as the hotkey does (MINUTES from\n"
+    "                                  0, no limit, to 1440 instead of the default duration)\n"
+    "  orvantis caffeine off           stop keeping it awake\n"
+    "  orvantis caffeine status        active|inactive, a tab, seconds left or -, a tab,\n"
+    "                                  held|released\n"
+    "  orvantis lock                   lock the keyboard for cleaning\n"
     "  orvantis --version              the version and build\n"
     "  orvantis --help                 this text\n"
     "\n"
@@ -272,6 +279,8 @@ int runCommandLine(const std::vector<std::string>& args, const CommandLineEnviro
     if (args[0] == "translate") return runTranslateCommand(args);
     if (args[0] == "clipboard") return runClipboardCommand(args);
     if (args[0] == "pomodoro") return runPomodoroCommand(args, std::cout, std::cerr);
+    if (args[0] == "caffeine") return runCaffeineCommand(args, std::cout, std::cerr);
+    if (args[0] == "lock") return runLockCommand(args, std::cout, std::cerr);
     if (args[0] == "transform") {
         // The interface language gives the labels of the count; the store is opened only then.
         return runTransformCommand(args, std::cin, std::cout, std::cerr, [] {

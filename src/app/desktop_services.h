@@ -9,13 +9,18 @@
 namespace orvantis {
 class AppSettings;
 class ClipboardHistoryPopup;
+class KeyboardLockOverlay;
 class TextTransformerWindow;
 class Toast;
 class TranslationPopup;
 }  // namespace orvantis
 namespace orvantis::platform {
 class Accessibility;
+class ApplicationWatch;
 class Applications;
+class LidSleepControl;
+class PointerDevices;
+class PowerAssertions;
 class EventTap;
 class FocusCommands;
 class HttpClient;
@@ -54,6 +59,14 @@ struct DesktopServices {
     platform::UserNotifications* userNotifications = nullptr;
     platform::SystemSleepEvents* sleepEvents = nullptr;
     platform::FocusCommands* focusCommands = nullptr;
+    /// The system utilities: the keep-awake assertion, lid-close sleep, the running
+    /// applications and their changes, and the pointing devices' scroll direction.
+    platform::PowerAssertions* powerAssertions = nullptr;
+    platform::LidSleepControl* lidSleep = nullptr;
+    platform::ApplicationWatch* applicationWatch = nullptr;
+    platform::PointerDevices* pointerDevices = nullptr;
+    /// The keyboard lock's overlay, made at the first lock.
+    std::function<std::unique_ptr<KeyboardLockOverlay>()> makeKeyboardLockOverlay;
     /// The translator's and the clipboard history's popups, made once by their features.
     std::function<std::unique_ptr<TranslationPopup>()> makeTranslationPopup;
     std::function<std::unique_ptr<ClipboardHistoryPopup>()> makeClipboardPopup;

@@ -12,6 +12,7 @@
 #include <QSystemTrayIcon>
 
 #include "app/clipboard_bus_export.h"
+#include "app/system_utilities_bus_export.h"
 #include "app/termination_signal_watcher.h"
 #include "app/x11_desktop.h"
 #include "build_info.h"
@@ -27,6 +28,7 @@
 #include "platform/freedesktop/pomodoro_bus.h"
 #include "platform/freedesktop/journal_sink.h"
 #include "platform/freedesktop/single_instance_guard.h"
+#include "platform/freedesktop/system_utilities_bus.h"
 #include "platform/freedesktop/terminate_handler.h"
 #include "platform/freedesktop/xdg_paths.h"
 #include "platform/permissions.h"
@@ -138,6 +140,8 @@ void AppDelegate::applicationDidFinishLaunching() {
     snippets_ = SnippetsAssembly::create(app, monitor, clipboardMonitor());
     // 12. The text tools window, on its hotkey.
     textTools_ = TextToolsAssembly::create(app, monitor);
+    // 15 to 18: the keyboard lock, scroll reversal, the icon hider, keep-awake.
+    systemUtilities_ = SystemUtilitiesAssembly::create(app, monitor, menuBarController_.get());
     // 19 to 21: the keyboard monitor starts, or the banner asks for permission.
     startKeyboardWatching();
 }
@@ -209,6 +213,8 @@ void AppDelegate::applicationWillTerminate() {
     logger_.log().app.info("terminating");
     // The Pomodoro session ends first, so Focus is released.
     if (pomodoro_) pomodoro_->stopForTermination();
+    // Lid-close sleep back on if it was turned off here; scroll directions back to default.
+    if (systemUtilities_) systemUtilities_->stopForTermination();
     // The permission polling ends before anything else stops.
     if (permissionPolling_) permissionPolling_->cancelPolling();
     // The clipboard stops being watched; a history change still waiting to be saved is saved.
@@ -286,6 +292,10 @@ int runTrayApp(int& argc, char** argv) {
     // `orvantis pomodoro` drives the live Pomodoro the same way.
     const auto pomodoroBus =
         delegate.pomodoro() ? exportPomodoroOnBus(*instance, *delegate.pomodoro()) : nullptr;
+    // `orvantis caffeine` and `orvantis lock` likewise.
+    const auto systemUtilitiesBus = exportSystemUtilitiesOnBus(
+        *instance, [&delegate] { return delegate.systemUtilities(); }, [&delegate] { return delegate.settings(); },
+        clock, logger.log().app);
     // Registered once: runTrayApp runs once per process.
     static const bool exitHookRegistered = std::atexit(endSequenceOnExit) == 0;
     // A display connection of ours that breaks ends the program through the event loop, so

@@ -13,6 +13,7 @@
 #include "app/passwords_assembly.h"
 #include "app/pomodoro_assembly.h"
 #include "app/snippets_assembly.h"
+#include "app/system_utilities_assembly.h"
 #include "app/text_tools_assembly.h"
 #include "app/translator_assembly.h"
 #include "core/events/notification_center.h"
@@ -78,6 +79,8 @@ public:
     /// The Pomodoro, from launch on; null when the desktop lacks its services.
     PomodoroAssembly* pomodoro() const { return pomodoro_.get(); }
     NotificationCenter& notifications() { return notifications_; }
+    /// Keep-awake, the keyboard lock and the other system utilities, from launch on.
+    SystemUtilitiesAssembly* systemUtilities() const { return systemUtilities_.get(); }
 
 private:
     void logLaunchBanner();
@@ -105,6 +108,7 @@ private:
     std::unique_ptr<PasswordsAssembly> passwords_;
     std::unique_ptr<SnippetsAssembly> snippets_;
     std::unique_ptr<TextToolsAssembly> textTools_;
+    std::unique_ptr<SystemUtilitiesAssembly> systemUtilities_;
     std::unique_ptr<PermissionsManager> permissionsManager_;
     std::unique_ptr<PermissionPolling> permissionPolling_;
 };

@@ -12,10 +12,12 @@
 #include "platform/freedesktop/focus_command_directory.h"
 #include "platform/freedesktop/logind_sleep_events.h"
 #include "platform/freedesktop/os_release.h"
+#include "platform/freedesktop/power_inhibitors.h"
 #include "platform/x11/x11_applications.h"
 #include "platform/x11/x11_clipboard.h"
 #include "platform/x11/x11_event_tap.h"
 #include "platform/x11/x11_permissions.h"
+#include "platform/x11/xinput_pointer_devices.h"
 #include "platform/x11/xkb_input_sources.h"
 #include "platform/x11/xtest_key_output.h"
 
@@ -23,6 +25,7 @@
 #include "ui/clipboard_history_popup.h"
 #include "ui/keyboard_grab.h"
 #include "ui/password_popup_controller.h"
+#include "ui/keyboard_lock_overlay.h"
 #include "ui/qt_translation_popup.h"
 #include "ui/text_transformer_window_controller.h"
 #include "ui/toast_panel.h"
@@ -56,6 +59,24 @@ X11Desktop::X11Desktop(AppLogger& logger, platform::MainLoop& loop) : loop_(loop
     applications_ = x11::X11Applications::open();
     if (!applications_) return;  // no display: nothing below would work either
     services_.applications = applications_.get();
+    services_.applicationWatch = applications_.get();
+    applicationsWatch_ = loop_.watchReadable(applications_->fileDescriptor(), [this] { applications_->dispatchPending(); });
+    // Keep-awake through the session's screen saver (and the login manager's idle
+    // inhibitor), lid-close sleep through the login manager's lid-switch inhibitor.
+    powerAssertions_ = std::make_unique<freedesktop::ScreenSaverInhibitor>(logger.log().app);
+    services_.powerAssertions = powerAssertions_.get();
+    lidSleep_ = std::make_unique<freedesktop::LogindLidInhibitor>(logger.log().app);
+    services_.lidSleep = lidSleep_.get();
+    // Scroll direction per device, where libinput drives the device.
+    pointerDevices_ = x11::XInputPointerDevices::open(nullptr, &logger.log());
+    if (pointerDevices_) {
+        services_.pointerDevices = pointerDevices_.get();
+        pointerDevicesWatch_ =
+            loop_.watchReadable(pointerDevices_->fileDescriptor(), [this] { pointerDevices_->dispatchPending(); });
+    }
+    services_.makeKeyboardLockOverlay = []() -> std::unique_ptr<KeyboardLockOverlay> {
+        return std::make_unique<ui::QtKeyboardLockOverlay>();
+    };
     openClipboard(logger);
     pointer_ = std::make_unique<ui::QtPointer>();
     services_.pointer = pointer_.get();
@@ -139,6 +160,8 @@ X11Desktop::~X11Desktop() {
     translationPopupController_.reset();
     eventTapWatch_ = {};
     pasteboardWatch_ = {};
+    applicationsWatch_ = {};
+    pointerDevicesWatch_ = {};
 }
 
 }  // namespace orvantis::app

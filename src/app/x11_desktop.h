@@ -17,15 +17,19 @@ class MainLoop;
 class Pointer;
 }  // namespace orvantis::platform
 namespace orvantis::x11 {
+class X11Applications;
 class X11Clipboard;
 class X11EventTap;
 class X11Permissions;
+class XInputPointerDevices;
 class XkbInputSources;
 class XTestKeyOutput;
 }  // namespace orvantis::x11
 namespace orvantis::freedesktop {
 class DesktopEntries;
-}
+class LogindLidInhibitor;
+class ScreenSaverInhibitor;
+}  // namespace orvantis::freedesktop
 namespace orvantis::ui {
 class ClipboardPopupController;
 class TranslationPopupController;
@@ -62,7 +66,12 @@ private:
     std::unique_ptr<x11::X11Permissions> permissions_;
     std::unique_ptr<platform::Accessibility> accessibility_;
     Subscription eventTapWatch_;
-    std::unique_ptr<platform::Applications> applications_;
+    std::unique_ptr<x11::X11Applications> applications_;
+    Subscription applicationsWatch_;
+    std::unique_ptr<freedesktop::ScreenSaverInhibitor> powerAssertions_;
+    std::unique_ptr<freedesktop::LogindLidInhibitor> lidSleep_;
+    std::unique_ptr<x11::XInputPointerDevices> pointerDevices_;
+    Subscription pointerDevicesWatch_;
     std::unique_ptr<x11::X11Clipboard> pasteboard_;
     Subscription pasteboardWatch_;
     std::unique_ptr<platform::KeyOutput> selectionKeys_;

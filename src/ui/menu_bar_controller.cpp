@@ -85,6 +85,25 @@ QIcon badged(const QIcon& base, const QColor& colour, const QString& mark) {
     return icon;
 }
 
+/// `base` coloured with `colour` (multiplied, so its light parts take the colour and its dark
+/// lines stay), keeping its shape: the keep-awake icon.
+QIcon tinted(const QIcon& base, const QColor& colour) {
+    QIcon icon;
+    for (int size : {16, 22, 24, 32, 48, 64}) {
+        const QPixmap source = base.pixmap(size, size);
+        if (source.isNull()) continue;
+        QPixmap pixmap = source;
+        QPainter painter(&pixmap);
+        painter.setCompositionMode(QPainter::CompositionMode_Multiply);
+        painter.fillRect(pixmap.rect(), colour);
+        painter.setCompositionMode(QPainter::CompositionMode_DestinationIn);
+        painter.drawPixmap(0, 0, source);
+        painter.end();
+        icon.addPixmap(pixmap);
+    }
+    return icon.isNull() ? base : icon;
+}
+
 QString toQString(std::string_view text) { return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())); }
 
 }  // namespace
@@ -122,6 +141,8 @@ void MenuBarController::buildMenu() {
     auto* menu = new QMenu;
     menu->setObjectName(QStringLiteral("statusMenu"));
     addPomodoroItems(*menu, strings);
+
+    addSystemUtilityRows(*menu, strings);
 
     QAction* quitItem = menu->addAction(toQString(strings.menuQuitItem));
     quitItem->setObjectName(QStringLiteral("menuQuitItem"));
@@ -182,6 +203,44 @@ void MenuBarController::updatePomodoroDisplay(const PomodoroTimerState& state) {
     renderStatusItem();
 }
 
+void MenuBarController::setSystemUtilityRows(SystemUtilityRows rows) {
+    utilityRows_ = std::move(rows);
+    buildMenu();
+    renderStatusItem();
+}
+
+void MenuBarController::addSystemUtilityRows(QMenu& menu, const SettingsStrings& strings) {
+    const auto ask = [](const std::function<bool()>& f) { return f && f(); };
+    const auto checkable = [&](std::string_view title, const char* name, bool checked,
+                               const std::function<void()>& action) {
+        QAction* item = menu.addAction(toQString(title));
+        item->setObjectName(QString::fromLatin1(name));
+        item->setCheckable(true);
+        item->setChecked(checked);
+        connect(item, &QAction::triggered, this, [action] {
+            if (action) action();
+        });
+    };
+    // Rows 10 to 12: keep-awake and its unconditional lid-close switch.
+    if (ask(utilityRows_.caffeineEnabled)) {
+        checkable(strings.menuCaffeineItem, "menuCaffeineItem", ask(utilityRows_.caffeineActive),
+                  utilityRows_.toggleCaffeine);
+        if (ask(utilityRows_.lidAlwaysShown))
+            checkable(strings.menuCaffeineLidAlwaysItem, "menuCaffeineLidAlwaysItem", ask(utilityRows_.lidAlwaysActive),
+                      utilityRows_.toggleCaffeineLidAlways);
+        menu.addSeparator();
+    }
+    // Rows 13 and 14: the keyboard lock.
+    if (ask(utilityRows_.keyboardLockEnabled)) {
+        QAction* item = menu.addAction(toQString(strings.menuKeyboardLockItem));
+        item->setObjectName(QStringLiteral("menuKeyboardLockItem"));
+        connect(item, &QAction::triggered, this, [action = utilityRows_.toggleKeyboardLock] {
+            if (action) action();
+        });
+        menu.addSeparator();
+    }
+}
+
 void MenuBarController::renderStatusItem() {
     if (accessibilityBannerVisible_) {
         statusIcon_ = StatusIcon::permissionsRequired;
@@ -197,6 +256,10 @@ void MenuBarController::renderStatusItem() {
         statusIcon_ = StatusIcon::pomodoro;
         statusItem_.setIcon(countdownIcon(pomodoroState_));
         description_ = QString::fromStdString(pomodoroState_.menuBarTitle());
+    } else if (utilityRows_.assertionHeld && utilityRows_.assertionHeld()) {
+        statusIcon_ = StatusIcon::caffeine;
+        statusItem_.setIcon(tinted(keyboardIcon_, QColor(0xff, 0x3b, 0x30)));
+        description_ = QString::fromUtf8("Orvantis — Caffeine holding sleep lock");
     } else {
         statusIcon_ = StatusIcon::keyboard;
         statusItem_.setIcon(keyboardIcon_);

@@ -57,7 +57,7 @@ public:
     /// Takes the banner away again; a menu without one is left as it is.
     void clearAccessibilityNeeded();
     /// Shows the icon of the first state that applies: missing permission, no second layout,
-    /// else the plain keyboard.
+    /// the red keyboard while keep-awake holds its assertion, else the plain keyboard.
     void renderStatusItem();
 
     /// Gives the Pomodoro rows their actions and rebuilds the menu with them.
@@ -67,8 +67,18 @@ public:
     void updatePomodoroDisplay(const PomodoroTimerState& state);
     const PomodoroTimerState& pomodoroState() const { return pomodoroState_; }
 
+    /// The keep-awake and keyboard lock rows of the menu and the red keep-awake icon, as the
+    /// system utilities provide them; each function is asked at every build and render.
+    struct SystemUtilityRows {
+        std::function<bool()> caffeineEnabled, caffeineActive, lidAlwaysShown, lidAlwaysActive, keyboardLockEnabled,
+            keyboardLocked, assertionHeld;
+        std::function<void()> toggleCaffeine, toggleCaffeineLidAlways, toggleKeyboardLock;
+    };
+    /// Installs the rows and rebuilds the menu and the icon.
+    void setSystemUtilityRows(SystemUtilityRows rows);
+
     /// What the icon shows now.
-    enum class StatusIcon { keyboard, permissionsRequired, noOppositeSource, pomodoro };
+    enum class StatusIcon { keyboard, permissionsRequired, noOppositeSource, pomodoro, caffeine };
     StatusIcon statusIcon() const { return statusIcon_; }
 
     /// The tray icon itself.
@@ -82,6 +92,7 @@ public:
 
 private:
     void configureButton();
+    void addSystemUtilityRows(QMenu& menu, const SettingsStrings& strings);
     void handleActivated(QSystemTrayIcon::ActivationReason reason);
     void handleSettingsLanguageChanged();
     void handleMenuBarNeedsRebuild();
@@ -93,6 +104,7 @@ private:
     std::function<SettingsLanguage()> language_;
     std::function<void()> quit_;
     std::function<void()> openAccessibilitySettings_;
+    SystemUtilityRows utilityRows_;
     QSystemTrayIcon statusItem_;
     QIcon keyboardIcon_;
     bool accessibilityBannerVisible_ = false;

@@ -268,5 +268,92 @@ TEST_F(MenuBarPomodoroTest, ALanguageChangeRestoresTheRowsOnTheNextTurn) {
     EXPECT_EQ(controller_.menuItem("pomodoroPauseItem")->text(), QString::fromUtf8("Продолжить"));
 }
 
+/// The system utilities' rows over plain switches.
+struct UtilityState {
+    bool caffeineEnabled = true, caffeineActive = false, lidAlways = false, lidAlwaysActive = false,
+         lockEnabled = true, held = false;
+    int caffeineToggles = 0, lidToggles = 0, lockToggles = 0;
+    MenuBarController::SystemUtilityRows rows() {
+        MenuBarController::SystemUtilityRows r;
+        r.caffeineEnabled = [this] { return caffeineEnabled; };
+        r.caffeineActive = [this] { return caffeineActive; };
+        r.lidAlwaysShown = [this] { return lidAlways; };
+        r.lidAlwaysActive = [this] { return lidAlwaysActive; };
+        r.keyboardLockEnabled = [this] { return lockEnabled; };
+        r.keyboardLocked = [] { return false; };
+        r.assertionHeld = [this] { return held; };
+        r.toggleCaffeine = [this] { ++caffeineToggles; };
+        r.toggleCaffeineLidAlways = [this] { ++lidToggles; };
+        r.toggleKeyboardLock = [this] { ++lockToggles; };
+        return r;
+    }
+};
+
+QStringList titles(const QMenu& menu) {
+    QStringList out;
+    for (QAction* a : menu.actions()) out << (a->isSeparator() ? QStringLiteral("-") : a->text());
+    return out;
+}
+
+TEST_F(MenuBarControllerTest, UtilityRowsStandBeforeQuitOnlyWhenTheirFeaturesAreOn) {
+    UtilityState state;
+    MenuBarController controller(notifications_, [] { return SettingsLanguage::en; }, [] {});
+    controller.setSystemUtilityRows(state.rows());
+    EXPECT_EQ(titles(*controller.menu()), (QStringList{"Caffeine", "-", "Lock Keyboard for Cleaning", "-",
+                                                       "Quit Orvantis"}));
+    state.lidAlways = true;
+    state.lidAlwaysActive = true;
+    state.caffeineActive = true;
+    controller.buildMenu();
+    EXPECT_EQ(titles(*controller.menu()), (QStringList{"Caffeine", "Keep awake with lid closed", "-",
+                                                       "Lock Keyboard for Cleaning", "-", "Quit Orvantis"}));
+    EXPECT_TRUE(controller.menuItem("menuCaffeineItem")->isChecked());
+    EXPECT_TRUE(controller.menuItem("menuCaffeineLidAlwaysItem")->isChecked());
+    state.caffeineEnabled = false;
+    state.lockEnabled = false;
+    controller.buildMenu();
+    EXPECT_EQ(titles(*controller.menu()), QStringList{"Quit Orvantis"});
+}
+
+TEST_F(MenuBarControllerTest, UtilityRowsRunTheirActionsAndFollowTheLanguage) {
+    UtilityState state;
+    state.lidAlways = true;
+    MenuBarController controller(notifications_, [] { return SettingsLanguage::ru; }, [] {});
+    controller.setSystemUtilityRows(state.rows());
+    controller.menuItem("menuCaffeineItem")->trigger();
+    controller.menuItem("menuCaffeineLidAlwaysItem")->trigger();
+    controller.menuItem("menuKeyboardLockItem")->trigger();
+    EXPECT_EQ(state.caffeineToggles, 1);
+    EXPECT_EQ(state.lidToggles, 1);
+    EXPECT_EQ(state.lockToggles, 1);
+    EXPECT_EQ(controller.menuItem("menuCaffeineItem")->text(), QStringLiteral("Кофеин"));
+}
+
+TEST_F(MenuBarControllerTest, AHeldAssertionTurnsTheIconRedBelowTheWarnings) {
+    UtilityState state;
+    MenuBarController controller(notifications_, [] { return SettingsLanguage::en; }, [] {});
+    controller.setSystemUtilityRows(state.rows());
+    EXPECT_EQ(controller.statusIcon(), MenuBarController::StatusIcon::keyboard);
+    state.held = true;
+    controller.renderStatusItem();
+    EXPECT_EQ(controller.statusIcon(), MenuBarController::StatusIcon::caffeine);
+    EXPECT_EQ(controller.statusItem().toolTip(), QString::fromUtf8("Orvantis — Caffeine holding sleep lock"));
+    controller.showAccessibilityNeeded();
+    EXPECT_EQ(controller.statusIcon(), MenuBarController::StatusIcon::permissionsRequired);
+    controller.clearAccessibilityNeeded();
+    EXPECT_EQ(controller.statusIcon(), MenuBarController::StatusIcon::caffeine);
+}
+
+TEST_F(MenuBarPomodoroTest, TheCountdownHidesTheRedKeepAwakeIcon) {
+    UtilityState utilities;
+    utilities.held = true;
+    controller_.setSystemUtilityRows(utilities.rows());
+    EXPECT_EQ(controller_.statusIcon(), MenuBarController::StatusIcon::caffeine);
+    controller_.updatePomodoroDisplay(PomodoroTimerState::running(PomodoroPhase::work, 1499));
+    EXPECT_EQ(controller_.statusIcon(), MenuBarController::StatusIcon::pomodoro);
+    controller_.updatePomodoroDisplay(PomodoroTimerState::idle());
+    EXPECT_EQ(controller_.statusIcon(), MenuBarController::StatusIcon::caffeine);
+}
+
 }  // namespace
 }  // namespace orvantis::ui

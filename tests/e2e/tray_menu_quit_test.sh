@@ -41,7 +41,7 @@ note "icon contrast $icon_deviation, menu brightness $menu_mean"
 awk -v d="$icon_deviation" 'BEGIN { exit !(d > 0.05) }' || fail "the tray icon looks blank"
 awk -v m="$menu_mean" 'BEGIN { exit !(m > 0.3) }' || fail "the menu looks unpainted"
 
-# Quit: the menu's last item.
+# Quit: the menu's last item, at its bottom.
 xdotool mousemove $((MENU_X + MENU_W / 2)) $((MENU_Y + MENU_H - 12)) sleep 0.1 click 1
 wait_exit "$APP_PID" 10
 [[ $EXIT_STATUS == 0 ]] || fail "exit status $EXIT_STATUS after Quit"

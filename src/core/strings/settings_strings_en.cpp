@@ -411,8 +411,8 @@ constexpr SettingsStrings kEnglish{
     .finderCutCardTitle = "Cut and Move Files",
     .finderCutEnable = "Ctrl+X cuts files in the file manager",
     .finderCutCardHint =
-        "Ctrl+X on selected files remembers them, and the next Ctrl+V moves them instead of copying. While "
-        "you rename a file, Ctrl+X cuts text as usual.",
+        "The desktop’s file manager already cuts and moves files with Ctrl+X and Ctrl+V, so this switch "
+        "changes nothing there. While you rename a file, Ctrl+X cuts text as usual.",
     .menuBarHiderCardTitle = "Tray Icon Hider",
     .menuBarHiderEnable = "Hide tray icons",
     .menuBarHiderHotkeyLabel = "Hotkey",
@@ -420,8 +420,8 @@ constexpr SettingsStrings kEnglish{
     .menuBarHiderAutoCollapseOff = "off",
     .menuBarHiderSecondsUnit = "s",
     .menuBarHiderCardHint =
-        "Adds an arrow and a small dot to the tray. Icons beyond the dot are hidden and shown again by a "
-        "click on the arrow or the dot, or by the hotkey.",
+        "The system tray of this desktop gives no way to hide other applications’ icons, so this feature "
+        "and its hotkey do nothing here.",
     .caffeineCardTitle = "Caffeine",
     .caffeineEnable = "Enable Caffeine",
     .keyboardLockEnable = "Enable keyboard lock",
@@ -438,12 +438,14 @@ constexpr SettingsStrings kEnglish{
         "While one of these applications is in front, the computer stays awake without the hotkey.",
     .caffeineLidCloseToggle = "Keep awake with the lid closed while a listed app runs",
     .caffeineLidCloseHint =
-        "While one of the apps above is running, in front or not, closing the lid doesn’t put the computer to "
-        "sleep. Asks for the administrator password once.",
+        "While one of the apps above is running, in front or not, closing the lid doesn’t put the computer "
+        "to sleep. Nothing is asked: the login manager lets any program of your session hold the lid "
+        "switch.",
     .caffeineLidAlwaysToggle = "Keep awake with the lid closed, whatever runs",
     .caffeineLidAlwaysHint =
-        "Adds a switch to the tray menu that keeps the computer awake with the lid closed, regardless of the "
-        "app list. Asks for the administrator password once.",
+        "Adds a switch to the tray menu that keeps the computer awake with the lid closed, regardless of "
+        "the app list. Nothing is asked: the login manager lets any program of your session hold the lid "
+        "switch.",
     .menuCaffeineLidAlwaysItem = "Keep awake with lid closed",
     .caffeineLidExplainTitle = "Allow keeping the computer awake with the lid closed?",
     .caffeineLidExplainBody =

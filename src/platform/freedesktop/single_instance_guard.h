@@ -57,6 +57,8 @@ private:
     SingleInstanceGuard(Mechanism mechanism, sd_bus* bus, int lockDescriptor);
     friend class ClipboardBusService;  // exports its object on this connection
     friend class PomodoroBusService;   // and so does the Pomodoro
+    friend class ClipboardBusService;       // exports its object on this connection
+    friend class SystemUtilitiesBusService;  // the same
 
     Mechanism mechanism_;
     sd_bus* bus_ = nullptr;    ///< owned; closed in the destructor

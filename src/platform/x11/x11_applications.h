@@ -2,8 +2,12 @@
 
 #include <memory>
 #include <optional>
+#include <string>
+#include <vector>
 
 #include "platform/applications.h"
+#include "platform/subscription.h"
+#include "platform/system_utilities.h"
 #include "platform/freedesktop/desktop_entries.h"
 
 namespace orvantis::x11 {
@@ -14,7 +18,13 @@ namespace orvantis::x11 {
 /// the desktop file's StartupWMClass, or a desktop file named like the window class), else by
 /// its WM_CLASS class. The desktop files are read at the first question, not at construction.
 /// Holds a display connection of its own. Main thread only.
-class X11Applications final : public platform::Applications {
+///
+/// It also watches the session's applications: `_NET_ACTIVE_WINDOW` changes are activations,
+/// and the applications of `_NET_CLIENT_LIST` are the running ones, whose comings and goings
+/// are told as launches and terminations. Both properties are kept by the window manager;
+/// without one nothing is told. The owner reads the events with dispatchPending() whenever
+/// fileDescriptor() is readable.
+class X11Applications final : public platform::Applications, public platform::ApplicationWatch {
 public:
     /// Connects to `displayName` ($DISPLAY when null); null without a display.
     static std::unique_ptr<X11Applications> open(const char* displayName = nullptr);
@@ -24,13 +34,36 @@ public:
 
     std::optional<platform::ApplicationInfo> frontmostApplication() const override;
 
+    std::vector<platform::ApplicationInfo> runningApplications() const override;
+    [[nodiscard]] Subscription onActivated(Callback callback) override { return activated_.add(std::move(callback)); }
+    [[nodiscard]] Subscription onLaunched(Callback callback) override {
+        watchClients();
+        return launched_.add(std::move(callback));
+    }
+    [[nodiscard]] Subscription onTerminated(Callback callback) override {
+        watchClients();
+        return terminated_.add(std::move(callback));
+    }
+    /// The connection's descriptor, to watch for the window manager's property changes.
+    int fileDescriptor() const;
+    /// Reads every event that has arrived and tells of the changes. Never blocks.
+    void dispatchPending();
+
     struct Connection;  ///< the display connection; opaque outside the backend
 
 private:
     explicit X11Applications(std::unique_ptr<Connection> connection);
     const freedesktop::DesktopEntries& desktopEntries() const;
 
+    std::optional<platform::ApplicationInfo> applicationOf(unsigned long window) const;
+    std::vector<std::string> runningIDs() const;
+    /// Reads the client list the first time someone wants its changes.
+    void watchClients();
+
     std::unique_ptr<Connection> connection_;
+    CallbackList<> activated_, launched_, terminated_;
+    std::vector<std::string> lastRunning_;  ///< sorted ids of the last client list seen
+    bool watchingClients_ = false;
     mutable std::unique_ptr<freedesktop::DesktopEntries> desktopEntries_;  ///< read at first use
 };
 

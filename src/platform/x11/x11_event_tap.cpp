@@ -187,6 +187,9 @@ bool X11EventTap::start(Handler handler) {
     XkbSelectEvents(display, XkbUseCoreKbd, XkbStateNotifyMask | XkbNewKeyboardNotifyMask | XkbMapNotifyMask,
                     XkbStateNotifyMask | XkbNewKeyboardNotifyMask | XkbMapNotifyMask);
     connection_->loadKeymap();
+    // A held key repeats as presses without releases on this connection, so a repeat is told
+    // from a new press while the whole keyboard is held.
+    XkbSetDetectableAutoRepeat(display, True, nullptr);
     running_ = true;
     applyGrabs();
     applyKeyboardGrab();
@@ -273,12 +276,27 @@ void X11EventTap::applyGrabs() {
 void X11EventTap::applyKeyboardGrab() {
     Display* display = connection_->display;
     if (wholeKeyboard_ && !keyboardGrabbed_) {
-        keyboardGrabbed_ = XGrabKeyboard(display, DefaultRootWindow(display), True, GrabModeAsync, GrabModeAsync,
-                                         CurrentTime) == GrabSuccess;
+        const int status = XGrabKeyboard(display, DefaultRootWindow(display), True, GrabModeAsync, GrabModeAsync,
+                                         CurrentTime);
+        keyboardGrabbed_ = status == GrabSuccess;
+        heldKeys_.reset();
+        // Another client's grab (an open menu, a screen locker): tried again at every event
+        // that arrives, so at the latest at the next key; said once per lock.
+        if (!keyboardGrabbed_ && !keyboardGrabFailureLogged_ && log_ != nullptr) {
+            keyboardGrabFailureLogged_ = true;
+            log_->app.warning(std::string("keyboardLock: the keyboard cannot be held (") +
+                              (status == AlreadyGrabbed ? "another program holds it" : "the X server refused") +
+                              "); keys reach the focused window until it can, retrying");
+        }
+        if (keyboardGrabbed_ && keyboardGrabFailureLogged_ && log_ != nullptr)
+            log_->app.info("keyboardLock: the keyboard is held now");
     } else if (!wholeKeyboard_ && keyboardGrabbed_) {
         XUngrabKeyboard(display, CurrentTime);
         keyboardGrabbed_ = false;
+        // Done by the time the unlock returns, so whatever opens next can take the keyboard.
+        XSync(display, False);
     }
+    if (!wholeKeyboard_) keyboardGrabFailureLogged_ = false;
     XFlush(display);
 }
 
@@ -320,6 +338,12 @@ void X11EventTap::dispatchPending() {
             switch (event.xcookie.evtype) {
                 case XI_RawKeyPress:
                 case XI_RawKeyRelease: {
+                    // While the whole keyboard is held its keys come as the grab's own events
+                    // (below); the server may or may not send raw events then as well.
+                    if (keyboardGrabbed_) {
+                        deliver = false;
+                        break;
+                    }
                     const bool down = event.xcookie.evtype == XI_RawKeyPress;
                     key.type = down ? platform::KeyEvent::Type::keyDown : platform::KeyEvent::Type::keyUp;
                     key.keyCode = virtualKeyForXKeycode(keycode).value_or(kUnknownKeyCode);
@@ -355,6 +379,23 @@ void X11EventTap::dispatchPending() {
                 deliverPending();
                 if (handler_) handler_(key);
             }
+            continue;
+        }
+        if ((event.type == KeyPress || event.type == KeyRelease) && keyboardGrabbed_) {
+            // The whole keyboard is held: every key comes to this connection, and nowhere
+            // else. A press of a key that is already down is the keyboard's autorepeat (the
+            // connection asked for detectable autorepeat, so repeats come without releases).
+            const unsigned int keycode = event.xkey.keycode;
+            const bool down = event.type == KeyPress;
+            platform::KeyEvent key;
+            key.type = down ? platform::KeyEvent::Type::keyDown : platform::KeyEvent::Type::keyUp;
+            key.keyCode = virtualKeyForXKeycode(keycode).value_or(kUnknownKeyCode);
+            key.flags = flagsFromCoreState(event.xkey.state);
+            if (keycode < heldKeys_.size()) {
+                key.autorepeat = down && heldKeys_[keycode];
+                heldKeys_[keycode] = down;
+            }
+            if (handler_) handler_(key);
             continue;
         }
         if (event.type == KeyPress && !keyboardGrabbed_) {

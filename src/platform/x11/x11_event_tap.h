@@ -1,5 +1,6 @@
 #pragma once
 
+#include <bitset>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -84,6 +85,9 @@ private:
     std::vector<platform::GrabbedKey> activeGrabs_;
     bool wholeKeyboard_ = false;
     bool keyboardGrabbed_ = false;
+    bool keyboardGrabFailureLogged_ = false;
+    /// The X key codes that are down while the whole keyboard is held, to tell autorepeat.
+    std::bitset<256> heldKeys_;
     std::optional<PendingPress> pendingPress_;
 };
 

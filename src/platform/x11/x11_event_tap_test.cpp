@@ -115,6 +115,39 @@ TEST_F(LiveTapTest, AHotkeyHeldByAnotherProgramIsLoggedByItsLinuxName) {
     XSync(display_, False);
 }
 
+TEST_F(LiveTapTest, TheWholeKeyboardHeldElsewhereIsLoggedAndTakenAtTheNextKeyOnceFree) {
+    // Another client (an open menu, say) holds the keyboard.
+    ASSERT_EQ(XGrabKeyboard(display_, DefaultRootWindow(display_), True, GrabModeAsync, GrabModeAsync, CurrentTime),
+              GrabSuccess);
+    XSync(display_, False);
+    tap_->setWholeKeyboardGrabbed(true);
+    std::string log = logger_.recentLogs(1);
+    EXPECT_NE(log.find("[WARN ] App: keyboardLock: the keyboard cannot be held (another program holds it)"),
+              std::string::npos)
+        << log;
+    XUngrabKeyboard(display_, CurrentTime);
+    XSync(display_, False);
+    // The next key tries again; from then on every key, Escape too, comes through the grab.
+    output_->postKey(0, 0);  // A
+    waitForDowns(1);
+    output_->postKey(53, 0);  // Escape
+    waitForDowns(2);
+    log = logger_.recentLogs(1);
+    EXPECT_NE(log.find("keyboardLock: the keyboard is held now"), std::string::npos) << log;
+    ASSERT_EQ(downs_.size(), 2u) << (downs_.empty() ? -1 : downs_[0].keyCode);
+    EXPECT_EQ(downs_[1].keyCode, 53);
+    EXPECT_FALSE(downs_[1].autorepeat);
+    // Another client cannot take it now.
+    EXPECT_EQ(XGrabKeyboard(display_, DefaultRootWindow(display_), True, GrabModeAsync, GrabModeAsync, CurrentTime),
+              AlreadyGrabbed);
+    tap_->setWholeKeyboardGrabbed(false);
+    XSync(display_, False);
+    EXPECT_EQ(XGrabKeyboard(display_, DefaultRootWindow(display_), True, GrabModeAsync, GrabModeAsync, CurrentTime),
+              GrabSuccess);
+    XUngrabKeyboard(display_, CurrentTime);
+    XSync(display_, False);
+}
+
 TEST_F(LiveTapTest, ARefusedPermissionCheckKeepsATapFromStarting) {
     auto other = X11EventTap::open(nullptr, nullptr);
     ASSERT_NE(other, nullptr);
