@@ -28,7 +28,7 @@ TEST(KeyboardLockOverlayTest, ShowFillsTheTextsCoversTheScreenAndShowsTheFullTim
         EXPECT_EQ(window->geometry(), screen->geometry());
     }
     EXPECT_EQ(labelTexts(window), (QStringList{"Keyboard locked for cleaning", "Wipe away — key presses are ignored.",
-                                               "Hold ⎋ for 3 seconds to unlock", "Auto-unlock in 10:00"}));
+                                               "Hold Esc for 3 seconds to unlock", "Auto-unlock in 10:00"}));
     auto* button = window->findChild<QPushButton*>("keyboardLockUnlockButton");
     ASSERT_NE(button, nullptr);
     EXPECT_EQ(button->text(), QStringLiteral("  Unlock  "));

@@ -476,7 +476,7 @@ constexpr SettingsStrings kEnglish{
         "screen, by holding Esc for 3 seconds, or wait for the time limit.",
     .keyboardLockOverlayTitle = "Keyboard locked for cleaning",
     .keyboardLockOverlaySubtitle = "Wipe away — key presses are ignored.",
-    .keyboardLockOverlayEscHint = "Hold ⎋ for 3 seconds to unlock",
+    .keyboardLockOverlayEscHint = "Hold Esc for 3 seconds to unlock",
     .keyboardLockOverlayUnlockButton = "Unlock",
     .keyboardLockOverlayAutoUnlockTemplate = "Auto-unlock in %@",
 };

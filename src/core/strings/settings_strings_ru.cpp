@@ -486,7 +486,7 @@ constexpr SettingsStrings kRussian{
         "кнопкой на экране, удерживая Esc 3 секунды, или дождавшись окончания времени.",
     .keyboardLockOverlayTitle = "Клавиатура заблокирована",
     .keyboardLockOverlaySubtitle = "Можно протирать — нажатия не пройдут.",
-    .keyboardLockOverlayEscHint = "Удерживайте ⎋ 3 секунды чтобы разблокировать",
+    .keyboardLockOverlayEscHint = "Удерживайте Esc 3 секунды, чтобы разблокировать",
     .keyboardLockOverlayUnlockButton = "Разблокировать",
     .keyboardLockOverlayAutoUnlockTemplate = "Авто-разблокировка через %@",
 };

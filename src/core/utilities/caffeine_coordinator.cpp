@@ -55,7 +55,7 @@ void CaffeineCoordinator::acquireAssertion(std::string_view reason) {
     if (assertionHeld_) return;
     const int result = services_.power.create(kAssertionName, assertionID_);
     if (result != 0) {
-        log_.error("caffeine: IOPMAssertionCreateWithName failed (" + std::to_string(result) + ")");
+        log_.error("caffeine: power assertion create failed (" + std::to_string(result) + ")");
         return;
     }
     assertionHeld_ = true;
@@ -69,7 +69,7 @@ void CaffeineCoordinator::releaseAssertion(std::string_view reason) {
     assertionID_ = 0;
     assertionHeld_ = false;
     stateChanged();
-    if (result != 0) log_.warning("caffeine: IOPMAssertionRelease returned " + std::to_string(result));
+    if (result != 0) log_.warning("caffeine: power assertion release returned " + std::to_string(result));
     else log_.info("caffeine: lock released (" + std::string(reason) + ")");
 }
 

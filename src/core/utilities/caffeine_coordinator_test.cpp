@@ -139,7 +139,7 @@ TEST_F(CaffeineCoordinatorTest, AnAssertionThatCannotBeMadeRollsTheArmBack) {
     EXPECT_FALSE(coordinator().isActive());
     EXPECT_FALSE(coordinator().assertionHeld());
     EXPECT_FALSE(coordinator().autoStopPending());
-    EXPECT_TRUE(logged("error caffeine: IOPMAssertionCreateWithName failed (5)"));
+    EXPECT_TRUE(logged("error caffeine: power assertion create failed (5)"));
     EXPECT_TRUE(logged("error caffeine: arming aborted — power assertion could not be acquired"));
 }
 
@@ -165,7 +165,7 @@ TEST_F(CaffeineCoordinatorTest, AReleaseErrorIsLoggedAndTheLockCountsAsGone) {
     power_.releaseResult = 3;
     coordinator().stop("menu");
     EXPECT_FALSE(coordinator().assertionHeld());
-    EXPECT_TRUE(logged("error caffeine: IOPMAssertionRelease returned 3"));
+    EXPECT_TRUE(logged("error caffeine: power assertion release returned 3"));
 }
 
 // Lid-close sleep.
