@@ -10,8 +10,10 @@
 #include <QGuiApplication>
 #include <QSocketNotifier>
 #include <QSystemTrayIcon>
+#include <QTimer>
 
 #include "app/clipboard_bus_export.h"
+#include "app/launch_code_pages.h"
 #include "app/termination_signal_watcher.h"
 #include "app/x11_desktop.h"
 #include "build_info.h"
@@ -271,6 +273,9 @@ int runTrayApp(int& argc, char** argv) {
                          AppPaths{freedesktop::XdgPaths::preferencesFile(), freedesktop::XdgPaths::dataDirectory()},
                          desktop.services(), [] { QCoreApplication::quit(); });
     delegate.applicationDidFinishLaunching();
+    // Launch ran much of the program's own code once; those pages go back once the tray has
+    // docked and drawn, and what runs later maps its pages again.
+    QTimer::singleShot(kLaunchCodeRelease, qApp, [] { releaseOwnCodePages(); });
     // `orvantis clipboard` reaches the live history through the guard's connection.
     const auto clipboardBus = exportClipboardOnBus(
         *instance, [&delegate] { return delegate.clipboardMonitor(); }, logger.log().clipboard);
