@@ -6,6 +6,7 @@
 #include <vector>
 
 #include <link.h>
+#include <malloc.h>
 #include <sys/mman.h>
 #include <unistd.h>
 
@@ -71,5 +72,7 @@ std::size_t releaseOwnCodePages() {
     }
     return released;
 }
+
+bool trimHeap() { return ::malloc_trim(0) == 1; }
 
 }  // namespace orvantis::app

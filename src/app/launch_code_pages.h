@@ -5,7 +5,8 @@
 
 namespace orvantis::app {
 
-/// How long after launch the launch's code pages go back: by then the tray has docked and drawn.
+/// How long after launch the launch's code pages and freed heap go back: by then the tray has
+/// docked and drawn.
 inline constexpr std::chrono::seconds kLaunchCodeRelease{2};
 
 /// Gives back the pages of the program's own code and read-only data (constants, symbols,
@@ -19,5 +20,10 @@ inline constexpr std::chrono::seconds kLaunchCodeRelease{2};
 /// private copies of code pages, and for an executable with text relocations. Answers the bytes
 /// covered, 0 when skipped or on failure. Any thread.
 std::size_t releaseOwnCodePages();
+
+/// Gives the free pages inside the main heap back to the system (malloc_trim): launch frees
+/// much of what it allocated, and the allocator keeps freed pages in the middle of the heap
+/// mapped until asked. Answers whether any memory went back. Any thread.
+bool trimHeap();
 
 }  // namespace orvantis::app

@@ -273,9 +273,13 @@ int runTrayApp(int& argc, char** argv) {
                          AppPaths{freedesktop::XdgPaths::preferencesFile(), freedesktop::XdgPaths::dataDirectory()},
                          desktop.services(), [] { QCoreApplication::quit(); });
     delegate.applicationDidFinishLaunching();
-    // Launch ran much of the program's own code once; those pages go back once the tray has
-    // docked and drawn, and what runs later maps its pages again.
-    QTimer::singleShot(kLaunchCodeRelease, qApp, [] { releaseOwnCodePages(); });
+    // Launch ran much of the program's own code once and freed much of what it allocated;
+    // once the tray has docked and drawn, those pages go back, and what runs later maps its
+    // pages again.
+    QTimer::singleShot(kLaunchCodeRelease, qApp, [] {
+        releaseOwnCodePages();
+        trimHeap();
+    });
     // `orvantis clipboard` reaches the live history through the guard's connection.
     const auto clipboardBus = exportClipboardOnBus(
         *instance, [&delegate] { return delegate.clipboardMonitor(); }, logger.log().clipboard);
