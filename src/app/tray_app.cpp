@@ -277,8 +277,8 @@ int runTrayApp(int& argc, char** argv) {
     // once the tray has docked and drawn, those pages go back, and what runs later maps its
     // pages again.
     QTimer::singleShot(kLaunchCodeRelease, qApp, [] {
-        releaseOwnCodePages();
         trimHeap();
+        releaseOwnCodePages();  // last, so that no code of ours runs after it in this turn
     });
     // `orvantis clipboard` reaches the live history through the guard's connection.
     const auto clipboardBus = exportClipboardOnBus(
