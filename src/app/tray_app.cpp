@@ -13,8 +13,8 @@
 #include <QTimer>
 
 #include "app/clipboard_bus_export.h"
-#include "app/launch_code_pages.h"
 #include "app/termination_signal_watcher.h"
+#include "app/launch_code_pages.h"
 #include "app/x11_desktop.h"
 #include "build_info.h"
 #include "core/clipboard/clipboard_monitor.h"
