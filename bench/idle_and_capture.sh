@@ -17,7 +17,9 @@
 #
 # Knobs: RUNS (1), SETTLE_S (5), IDLE_S (60), COPIES (50), GAP_MS (300), ORVANTIS_CLI (reads the
 # history; PROGRAM by default, empty to skip), BENCH_OUT (folder of the per-run JSON files),
-# DESKTOP_OPTIONS (passed to virtual_desktop.sh start, e.g. --no-a11y).
+# DESKTOP_OPTIONS (passed to virtual_desktop.sh start, e.g. --no-a11y), QUIET_S (120: the
+# longest wait, after settling, for a moment when no other Qt program runs, so that PSS is
+# taken as if alone; 0 takes it at once).
 #
 # Needs python3, xclip, xdotool, x11-utils and the packages of scripts/install-deps.sh.
 set -euo pipefail

@@ -11,9 +11,10 @@ packages=(
   libaspell-dev libgumbo-dev
   # word lists for the language of short selections (each optional at run time)
   aspell-en aspell-de aspell-fr aspell-es aspell-ru aspell-uk
-  # loaded at run time with dlopen (at the first translation, the first digest):
+  # loaded at run time with dlopen (at the first translation, the first digest, the first
+  # language detection, the first HTML transform):
   # a package of the program must name them, as no linker dependency shows them
-  libcurl4 libssl3
+  libcurl4 libssl3 libcld2-0 libaspell15 libgumbo1
   # tests and benchmarks
   libgtest-dev libgmock-dev libbenchmark-dev
   # user interface

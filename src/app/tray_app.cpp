@@ -10,10 +10,12 @@
 #include <QGuiApplication>
 #include <QSocketNotifier>
 #include <QSystemTrayIcon>
+#include <QTimer>
 
 #include "app/clipboard_bus_export.h"
 #include "app/system_utilities_bus_export.h"
 #include "app/termination_signal_watcher.h"
+#include "app/launch_code_pages.h"
 #include "app/x11_desktop.h"
 #include "build_info.h"
 #include "core/clipboard/clipboard_monitor.h"
@@ -286,6 +288,13 @@ int runTrayApp(int& argc, char** argv) {
                          AppPaths{freedesktop::XdgPaths::preferencesFile(), freedesktop::XdgPaths::dataDirectory()},
                          desktop.services(), [] { QCoreApplication::quit(); });
     delegate.applicationDidFinishLaunching();
+    // Launch ran much of the program's own code once and freed much of what it allocated;
+    // once the tray has docked and drawn, those pages go back, and what runs later maps its
+    // pages again.
+    QTimer::singleShot(kLaunchCodeRelease, qApp, [] {
+        trimHeap();
+        releaseOwnCodePages();  // last, so that no code of ours runs after it in this turn
+    });
     // `orvantis clipboard` reaches the live history through the guard's connection.
     const auto clipboardBus = exportClipboardOnBus(
         *instance, [&delegate] { return delegate.clipboardMonitor(); }, logger.log().clipboard);

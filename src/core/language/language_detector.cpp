@@ -2,17 +2,14 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdio>  // the detector's header needs FILE
 #include <map>
 #include <span>
 #include <vector>
 
-#include <cld2/internal/lang_script.h>
-#include <cld2/public/compact_lang_det.h>
-#include <cld2/public/encodings.h>
 #include <unicode/uchar.h>
 #include <unicode/uscript.h>
 
+#include "core/language/cld2_library.h"
 #include "core/language/spelling_dictionaries.h"
 #include "core/text/split.h"
 #include "core/text/utf.h"
@@ -50,9 +47,9 @@ std::string commonCode(std::string code) {
     return code;
 }
 
-std::optional<std::string> codeOf(CLD2::Language language) {
+std::optional<std::string> codeOf(const Cld2Library& cld2, CLD2::Language language) {
     if (language == CLD2::UNKNOWN_LANGUAGE || language == CLD2::TG_UNKNOWN_LANGUAGE) return std::nullopt;
-    const char* code = CLD2::LanguageCode(language);
+    const char* code = cld2.languageCode(language);
     if (code == nullptr || *code == '\0') return std::nullopt;
     return commonCode(code);
 }
@@ -65,7 +62,7 @@ struct Judgement {
 
 /// With `bestEffort` it names a language even for a single word, where it would otherwise
 /// give up; that answer is a guess.
-Judgement judge(std::string_view text, bool bestEffort) {
+Judgement judge(const Cld2Library& cld2, std::string_view text, bool bestEffort) {
     CLD2::Language languages[3] = {CLD2::UNKNOWN_LANGUAGE, CLD2::UNKNOWN_LANGUAGE, CLD2::UNKNOWN_LANGUAGE};
     int percents[3] = {0, 0, 0};
     double scores[3] = {0, 0, 0};
@@ -73,10 +70,9 @@ Judgement judge(std::string_view text, bool bestEffort) {
     int validPrefix = 0;
     bool reliable = false;
     CLD2::CLDHints hints{nullptr, "", CLD2::UNKNOWN_ENCODING, CLD2::UNKNOWN_LANGUAGE};
-    CLD2::ExtDetectLanguageSummaryCheckUTF8(text.data(), static_cast<int>(std::min<std::size_t>(text.size(), 1u << 30)),
-                                            /*is_plain_text=*/true, &hints,
-                                            bestEffort ? CLD2::kCLDFlagBestEffort : 0, languages, percents, scores,
-                                            nullptr, &letterBytes, &reliable, &validPrefix);
+    cld2.detect(text.data(), static_cast<int>(std::min<std::size_t>(text.size(), 1u << 30)),
+                /*is_plain_text=*/true, &hints, bestEffort ? CLD2::kCLDFlagBestEffort : 0, languages, percents, scores,
+                nullptr, &letterBytes, &reliable, &validPrefix);
     // With nothing to score the detector still names its default language; that is no answer.
     if (letterBytes == 0 || percents[0] == 0) return {};
     return {languages[0], reliable};
@@ -175,11 +171,11 @@ std::optional<std::string_view> languageOfCyrillicLetters(const std::vector<std:
     return std::nullopt;
 }
 
-bool writtenIn(CLD2::Language language, UScriptCode script) {
-    const CLD2::ULScript wanted = CLD2::GetULScriptFromName(uscript_getShortName(script));
+bool writtenIn(const Cld2Library& cld2, CLD2::Language language, UScriptCode script) {
+    const CLD2::ULScript wanted = cld2.scriptFromName(uscript_getShortName(script));
     if (wanted == CLD2::ULScript_Common) return false;
     for (int n = 0; n < 4; ++n)
-        if (CLD2::LanguageRecognizedScript(language, n) == wanted) return true;
+        if (cld2.recognizedScript(language, n) == wanted) return true;
     return false;
 }
 
@@ -214,7 +210,8 @@ std::optional<std::string> voteOfWordLists(const std::vector<std::string>& words
 
 /// A short text: its script where that names the language, else the word lists' vote, else the
 /// detector's best guess, else the main language of the script.
-std::optional<std::string> detectShort(std::string_view text, SpellingDictionaries& dictionaries) {
+std::optional<std::string> detectShort(const Cld2Library& cld2, std::string_view text,
+                                       SpellingDictionaries& dictionaries) {
     const Census census = takeCensus(text);
     const std::optional<UScriptCode> script = census.dominant();
     if (!script) return std::nullopt;
@@ -235,8 +232,8 @@ std::optional<std::string> detectShort(std::string_view text, SpellingDictionari
     // For a script of one language (Greek, Hebrew, Thai, Georgian…) the guess is that language
     // whatever the letters.
     std::optional<std::string> guess;
-    const Judgement judgement = judge(joined.empty() ? text : std::string_view(joined), /*bestEffort=*/true);
-    if (writtenIn(judgement.language, *script)) guess = codeOf(judgement.language);
+    const Judgement judgement = judge(cld2, joined.empty() ? text : std::string_view(joined), /*bestEffort=*/true);
+    if (writtenIn(cld2, judgement.language, *script)) guess = codeOf(cld2, judgement.language);
 
     std::span<const std::string_view> candidates;
     if (*script == USCRIPT_LATIN) candidates = kLatinCandidates;
@@ -245,8 +242,8 @@ std::optional<std::string> detectShort(std::string_view text, SpellingDictionari
         if (auto vote = voteOfWordLists(words, candidates, guess, dictionaries)) return vote;
     }
     if (guess) return guess;
-    const CLD2::ULScript cldScript = CLD2::GetULScriptFromName(uscript_getShortName(*script));
-    return codeOf(CLD2::DefaultLanguage(cldScript));
+    const CLD2::ULScript cldScript = cld2.scriptFromName(uscript_getShortName(*script));
+    return codeOf(cld2, cld2.defaultLanguage(cldScript));
 }
 
 SpellingDictionaries& installedDictionaries() {
@@ -265,15 +262,18 @@ std::optional<std::string> LanguageDetector::detect(std::string_view text, Spell
     if (trimmed.empty()) return std::nullopt;
     // The detector reads well-formed UTF-8 only.
     const std::string valid = text::repairUtf8(trimmed);
+    // The detector's library is loaded here, at the first text; without it nothing is detected.
+    const Cld2Library* cld2 = Cld2Library::get();
+    if (cld2 == nullptr) return std::nullopt;
     if (text::wordCount(valid) >= kSentenceWords) {
-        const Judgement judgement = judge(valid, /*bestEffort=*/false);
+        const Judgement judgement = judge(*cld2, valid, /*bestEffort=*/false);
         if (judgement.reliable) {
-            if (auto code = codeOf(judgement.language)) return code;
+            if (auto code = codeOf(*cld2, judgement.language)) return code;
         }
     }
     std::size_t end = std::min(valid.size(), kLongestShortText);
     while (end < valid.size() && (static_cast<unsigned char>(valid[end]) & 0xC0) == 0x80) --end;
-    return detectShort(std::string_view(valid).substr(0, end), dictionaries);
+    return detectShort(*cld2, std::string_view(valid).substr(0, end), dictionaries);
 }
 
 std::size_t LanguageDetector::wordCount(std::string_view text) {

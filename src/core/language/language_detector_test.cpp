@@ -2,11 +2,37 @@
 
 #include <gtest/gtest.h>
 
+#include "core/language/language_libraries.h"
 #include "core/language/spelling_dictionaries.h"
 #include "testing/test_support.h"
 
+#include <cstdlib>
+
 namespace orvantis {
 namespace {
+
+// The detector's library and the word lists' library cost memory from the moment they are
+// mapped, so a program that has detected nothing has neither: the detector comes with the first
+// text, the word lists with the first short one. Run in a fresh process (a death test), where
+// no other test has detected anything yet.
+TEST(LanguageLibrariesDeathTest, TheDetectorAndTheWordListsLoadAtTheirFirstUseNotBefore) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(
+        {
+            using namespace language_libraries;
+            if (detectorLoaded() || spellingLoaded()) std::_Exit(1);
+            SpellingDictionaries dictionaries;
+            if (spellingLoaded()) std::_Exit(2);
+            if (LanguageDetector::detect("The quick brown fox jumps over the lazy dog", dictionaries) != "en") {
+                std::_Exit(3);
+            }
+            if (!detectorLoaded()) std::_Exit(4);
+            if (spellingLoaded()) std::_Exit(5);  // a sentence is the detector's alone
+            if (LanguageDetector::detect("hello", dictionaries) != "en") std::_Exit(6);
+            std::_Exit(spellingLoaded() ? 0 : 7);
+        },
+        ::testing::ExitedWithCode(0), "");
+}
 
 TEST(LanguageDetectorTest, BlankTextHasNoLanguageAndNoWords) {
     for (std::string_view blank : {"", "   ", "\n\t \u00a0"}) {

@@ -2,20 +2,20 @@
 
 #include <vector>
 
-#include <aspell.h>
-
+#include "core/language/aspell_library.h"
 #include "core/text/case_mapping.h"
 
 namespace orvantis {
 
 struct SpellingDictionaries::Speller {
-    explicit Speller(AspellSpeller* handle) : handle(handle) {}
-    ~Speller() { delete_aspell_speller(handle); }
+    Speller(const AspellLibrary& aspell, AspellSpeller* handle) : aspell(aspell), handle(handle) {}
+    ~Speller() { aspell.deleteSpeller(handle); }
     Speller(const Speller&) = delete;
     Speller& operator=(const Speller&) = delete;
     bool check(std::string_view word) const {
-        return aspell_speller_check(handle, word.data(), static_cast<int>(word.size())) == 1;
+        return aspell.check(handle, word.data(), static_cast<int>(word.size())) == 1;
     }
+    const AspellLibrary& aspell;
     AspellSpeller* handle;
 };
 
@@ -69,26 +69,29 @@ SpellingDictionaries::~SpellingDictionaries() = default;
 
 SpellingDictionaries::Speller* SpellingDictionaries::spellerOf(std::string_view language) {
     if (const auto found = spellers_.find(language); found != spellers_.end()) return found->second.get();
-    AspellConfig* config = new_aspell_config();
-    aspell_config_replace(config, "lang", dictionaryName(language).c_str());
-    aspell_config_replace(config, "encoding", "utf-8");
-    // One-letter words are words of every language by default; here they must be listed.
-    aspell_config_replace(config, "ignore", "0");
-    aspell_config_replace(config, "run-together", "false");
-    // Where a language comes in several sizes (French: 40 and 60), the smallest: it holds the
-    // common words, which is what a selection is made of, in a third of the memory.
-    aspell_config_replace(config, "size", "10");
-    if (!directory_.empty()) {
-        aspell_config_replace(config, "dict-dir", directory_.c_str());
-        aspell_config_replace(config, "data-dir", directory_.c_str());
-    }
-    AspellCanHaveError* result = new_aspell_speller(config);
-    delete_aspell_config(config);
     std::unique_ptr<Speller> speller;
-    if (aspell_error_number(result) == 0) {
-        speller = std::make_unique<Speller>(to_aspell_speller(result));
-    } else {
-        delete_aspell_can_have_error(result);
+    // Without the library every dictionary is missing.
+    if (const AspellLibrary* aspell = AspellLibrary::get()) {
+        AspellConfig* config = aspell->newConfig();
+        aspell->configReplace(config, "lang", dictionaryName(language).c_str());
+        aspell->configReplace(config, "encoding", "utf-8");
+        // One-letter words are words of every language by default; here they must be listed.
+        aspell->configReplace(config, "ignore", "0");
+        aspell->configReplace(config, "run-together", "false");
+        // Where a language comes in several sizes (French: 40 and 60), the smallest: it holds
+        // the common words, which is what a selection is made of, in a third of the memory.
+        aspell->configReplace(config, "size", "10");
+        if (!directory_.empty()) {
+            aspell->configReplace(config, "dict-dir", directory_.c_str());
+            aspell->configReplace(config, "data-dir", directory_.c_str());
+        }
+        AspellCanHaveError* result = aspell->newSpeller(config);
+        aspell->deleteConfig(config);
+        if (aspell->errorNumber(result) == 0) {
+            speller = std::make_unique<Speller>(*aspell, aspell->toSpeller(result));
+        } else {
+            aspell->deleteCanHaveError(result);
+        }
     }
     Speller* raw = speller.get();
     spellers_.emplace(std::string(language), std::move(speller));

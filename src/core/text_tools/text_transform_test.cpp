@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <cstdlib>
 #include <set>
 #include <string>
 
@@ -166,6 +167,22 @@ TEST(TextTransformTest, HtmlEscape) {
     EXPECT_EQ(run(T::htmlEscape, kMixed), kMixed);
     // A mark on the sign makes another character, which is no sign.
     EXPECT_EQ(run(T::htmlEscape, "<\u0338 <"), "<\u0338 &lt;");
+}
+
+// The HTML parser's library costs memory from the moment it is mapped, so it comes with the
+// first HTML transform, not with the program or the other transforms. Run in a fresh process (a
+// death test), where no other test has read HTML yet.
+TEST(TextTransformDeathTest, TheHtmlParserLoadsAtTheFirstHtmlTransformNotBefore) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(
+        {
+            if (TTOps::htmlParserLoaded()) std::_Exit(1);
+            if (run(T::htmlEscape, "<b>") != "&lt;b&gt;") std::_Exit(2);
+            if (TTOps::htmlParserLoaded()) std::_Exit(3);
+            if (run(T::htmlUnescape, "<b>bold</b>") != "bold") std::_Exit(4);
+            std::_Exit(TTOps::htmlParserLoaded() ? 0 : 5);
+        },
+        ::testing::ExitedWithCode(0), "");
 }
 
 TEST(TextTransformTest, HtmlUnescape) {

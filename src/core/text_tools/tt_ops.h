@@ -40,6 +40,9 @@ std::string runHtmlEscape(std::string_view text);
 /// The text content of `text` read as an HTML document: entities decoded, tags dropped,
 /// white space laid out as HTML does.
 std::string runHtmlUnescape(std::string_view text);
+/// Whether the HTML parser's library is in this process's memory: it is loaded at the first
+/// runHtmlUnescape(), never before. For tests and diagnostics.
+bool htmlParserLoaded();
 /// `\uXXXX` for controls, the backslash and everything above U+007F (surrogate pairs above
 /// U+FFFF).
 std::string runUnicodeEscape(std::string_view text);

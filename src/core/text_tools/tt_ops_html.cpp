@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <initializer_list>
+#include <optional>
 #include <string_view>
 #include <cstring>
 #include <memory>
@@ -13,8 +14,34 @@
 
 #include "core/text_tools/tt_ops.h"
 
+#include <dlfcn.h>
+
 namespace orvantis::TTOps {
 namespace {
+
+/// The soname of the gumbo ABI this program is built against.
+constexpr const char* kGumboSoname = "libgumbo.so.1";
+
+/// The parser's entry point and default options, looked up in its library at the first HTML
+/// transform (dlopen), so that a program that never reads HTML never maps the parser.
+struct GumboLibrary {
+    decltype(&::gumbo_parse_with_options) parse;
+    const GumboOptions* defaultOptions;
+
+    /// Null when the library or one of its symbols is missing; loaded once, any thread.
+    static const GumboLibrary* get() {
+        static const std::optional<GumboLibrary> loaded = []() -> std::optional<GumboLibrary> {
+            void* library = ::dlopen(kGumboSoname, RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
+            if (library == nullptr) return std::nullopt;
+            GumboLibrary f{};
+            f.parse = reinterpret_cast<decltype(f.parse)>(::dlsym(library, "gumbo_parse_with_options"));
+            f.defaultOptions = static_cast<const GumboOptions*>(::dlsym(library, "kGumboDefaultOptions"));
+            if (f.parse == nullptr || f.defaultOptions == nullptr) return std::nullopt;
+            return f;
+        }();
+        return loaded ? &*loaded : nullptr;
+    }
+};
 
 /// Memory of one parse. The parser's own tree release walks the tree recursively, which a
 /// deeply nested document would overflow; instead everything it allocates lives here and goes
@@ -220,13 +247,16 @@ std::size_t estimatedNesting(std::string_view html) {
 std::string runHtmlUnescape(std::string_view text) {
     // A document the parser would not finish in good time counts as one it could not read.
     if (estimatedNesting(text) > kMaxNesting) return std::string(text);
+    // Without the parser's library the text stays as it is, as with a document it cannot read.
+    const GumboLibrary* gumbo = GumboLibrary::get();
+    if (gumbo == nullptr) return std::string(text);
     ParseArena arena;
-    GumboOptions options = kGumboDefaultOptions;
+    GumboOptions options = *gumbo->defaultOptions;
     options.allocator = &ParseArena::allocate;
     options.deallocator = &ParseArena::release;
     options.userdata = &arena;
     options.max_errors = 0;  // only the tree is wanted
-    GumboOutput* output = gumbo_parse_with_options(&options, text.data(), text.size());
+    GumboOutput* output = gumbo->parse(&options, text.data(), text.size());
     if (output == nullptr) return std::string(text);
 
     // Depth-first over the tree with an explicit stack, since documents may nest very deep.
@@ -276,6 +306,13 @@ std::string runHtmlUnescape(std::string_view text) {
     }
     // The arena releases the tree; the parser's own release would recurse through it.
     return layout.take();
+}
+
+bool htmlParserLoaded() {
+    void* library = ::dlopen(kGumboSoname, RTLD_NOW | RTLD_NOLOAD);
+    if (library == nullptr) return false;
+    ::dlclose(library);
+    return true;
 }
 
 }  // namespace orvantis::TTOps
