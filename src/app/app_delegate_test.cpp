@@ -7,6 +7,9 @@
 #include "app/tray_app.h"
 
 #include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <chrono>
 #include <memory>
 #include <string>
@@ -589,6 +592,52 @@ TEST_F(AppDelegateTest, EndSequenceWritesAHistoryChangeStillWaitingToBeSaved) {
     delegate_->applicationWillTerminate();
     const std::string snapshot = testing::readFile(home_.path() / "data" / "clipboard.json");
     EXPECT_NE(snapshot.find("copied just before quitting"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace orvantis::app
+
+namespace orvantis::app {
+namespace {
+
+/// Every line the log has written so far.
+std::string logText(AppLogger& logger, const std::filesystem::path& folder) {
+    logger.flush();
+    std::string text;
+    std::error_code error;
+    for (const auto& entry : std::filesystem::directory_iterator(folder, error)) {
+        std::ifstream in(entry.path());
+        text.append(std::istreambuf_iterator<char>(in), {});
+    }
+    return text;
+}
+
+TEST_F(AppDelegateTest, TheSettingsRowSaysTheWindowIsMissingUntilAnOpenerIsGiven) {
+    completeOnboarding();
+    launch();
+    ui::MenuBarController& menu = *delegate_->menuBarController();
+    menu.menuItem("menuSettingsItem")->trigger();
+    EXPECT_NE(logText(logger_, home_.path() / "logs").find("settings: the settings window is not built yet"),
+              std::string::npos);
+    int opened = 0;
+    delegate_->setSettingsOpener([&] { ++opened; });
+    menu.menuItem("menuSettingsItem")->trigger();
+    EXPECT_EQ(opened, 1);
+}
+
+TEST_F(AppDelegateTest, LaunchAtLoginTogglesTheSettingAndSaysWhatIsMissing) {
+    completeOnboarding();
+    launch();
+    QAction* row = delegate_->menuBarController()->menuItem("launchAtLogin");
+    ASSERT_NE(row, nullptr);
+    EXPECT_EQ(row->data().toInt(), 100);
+    row->trigger();
+    EXPECT_TRUE(delegate_->settings()->launchAtLogin());
+    EXPECT_TRUE(row->isChecked());
+    EXPECT_NE(logText(logger_, home_.path() / "logs").find("launchAtLogin: set to on; the autostart entry is not written yet"),
+              std::string::npos);
+    row->trigger();
+    EXPECT_FALSE(delegate_->settings()->launchAtLogin());
 }
 
 }  // namespace

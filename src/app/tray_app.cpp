@@ -157,9 +157,26 @@ void AppDelegate::createMenuBar() {
             permissionsManager_->requestMissing();
             permissionsManager_->openSettingsForMissing();
         });
+    menuBarController_->setShellActions(ui::ShellMenuActions{
+        [this] { openSettings(); }, [this] { return settings_->launchAtLogin(); },
+        [this] {
+            const bool on = !settings_->launchAtLogin();
+            settings_->setLaunchAtLogin(on);
+            // The setting is kept; the desktop's autostart entry that acts on it comes later.
+            logger_.log().launch.info(std::string("launchAtLogin: set to ") + (on ? "on" : "off") +
+                                      "; the autostart entry is not written yet");
+        }});
     if (!QSystemTrayIcon::isSystemTrayAvailable()) {
         logger_.log().app.info("menuBar: no system tray yet; the icon docks when one appears");
     }
+}
+
+void AppDelegate::openSettings() {
+    if (!settingsOpener_) {
+        logger_.log().app.info("settings: the settings window is not built yet");
+        return;
+    }
+    settingsOpener_();
 }
 
 bool AppDelegate::showOnboardingIfNeeded() {

@@ -79,6 +79,12 @@ public:
     /// The Pomodoro, from launch on; null when the desktop lacks its services.
     PomodoroAssembly* pomodoro() const { return pomodoro_.get(); }
     NotificationCenter& notifications() { return notifications_; }
+    /// Opens the settings window, or raises it when it is open: the menu's first row and
+    /// `orvantis show settings`. Logs what is missing while no window has been given.
+    void openSettings();
+    /// Gives the settings window's opener; the settings window's assembly calls this.
+    void setSettingsOpener(std::function<void()> opener) { settingsOpener_ = std::move(opener); }
+
     /// Keep-awake, the keyboard lock and the other system utilities, from launch on.
     SystemUtilitiesAssembly* systemUtilities() const { return systemUtilities_.get(); }
 
@@ -97,6 +103,7 @@ private:
     AppPaths paths_;
     const DesktopServices& desktop_;
     std::function<void()> quit_;
+    std::function<void()> settingsOpener_;
     NotificationCenter notifications_;
     std::unique_ptr<PreferenceStore> store_;
     std::unique_ptr<AppSettings> settings_;
