@@ -28,6 +28,8 @@
 #include "core/passwords/password_popup.h"
 #include "core/pomodoro/pomodoro_coordinator.h"
 #include "core/pomodoro/pomodoro_history.h"
+#include "core/shell/hotkey_overlay.h"
+#include "core/shell/onboarding_model.h"
 #include "core/shell/toast.h"
 #include "core/snippets/snippet_expander.h"
 #include "core/settings/app_settings.h"
@@ -40,6 +42,7 @@
 #include "platform/pointer.h"
 #include "platform/serial_queue.h"
 #include "platform/sim/desktop.h"
+#include "platform/sim/event_tap.h"
 #include "platform/sim/http_client.h"
 #include "platform/sim/permissions.h"
 #include "platform/sim/pomodoro_services.h"
@@ -288,9 +291,26 @@ private:
     Record& record_;
 };
 
+/// The onboarding window, recording what the delegate does with it.
+class RecordingOnboardingWindow final : public OnboardingWindow {
+public:
+    RecordingOnboardingWindow(Record& record, OnboardingModel& m) : model(m), record_(record) {}
+    void showAndActivate() override { record_.push_back("onboarding shown"); }
+    OnboardingModel& model;
+
+private:
+    Record& record_;
+};
+
 class AppDelegateTest : public ::testing::Test {
 protected:
     AppDelegateTest() {
+        services_.makeOnboardingWindow = [this](OnboardingModel& model, SettingsLanguage language) {
+            record_.push_back(std::string("onboarding window ") + (language == SettingsLanguage::ru ? "ru" : "en"));
+            auto window = std::make_unique<RecordingOnboardingWindow>(record_, model);
+            onboarding_ = window.get();
+            return window;
+        };
         services_.eventTap = &tap_;
         services_.keyOutput = &desktop_.keyOutput();
         services_.selectionKeys = &desktop_.keyOutput();
@@ -379,6 +399,7 @@ protected:
     platform::ThreadSerialQueue preferencesWriter_{"test.preferences.writer"};
     AppLogger logger_{home_.path() / "logs", logQueue_, desktop_.loop()};
     DesktopServices services_;
+    RecordingOnboardingWindow* onboarding_ = nullptr;  ///< the last one made
     std::unique_ptr<AppDelegate> delegate_;
 };
 
@@ -503,7 +524,8 @@ TEST_F(AppDelegateTest, FirstRunWithoutPermissionShowsTheBannerAndPollsButAsksNo
     launch();
     EXPECT_THAT(takeRecord(), ElementsAre("watch", "tap hotkeys", "translation popup", "clipboard popup",
                                           "every 500ms", "focus commands listed", "sleep watched", "toast panel",
-                                          "tap start refused", "every 2000ms"));
+                                          "tap start refused", "every 1000ms", "onboarding window en",
+                                          "onboarding shown", "every 2000ms"));
     EXPECT_EQ(delegate_->menuBarController()->statusIcon(), ui::MenuBarController::StatusIcon::permissionsRequired);
     desktop_.loop().runFor(1500ms);
     EXPECT_EQ(simPermissions_.requestCount(sim::Permissions::Kind::accessibility), 0u);
@@ -638,6 +660,64 @@ TEST_F(AppDelegateTest, LaunchAtLoginTogglesTheSettingAndSaysWhatIsMissing) {
               std::string::npos);
     row->trigger();
     EXPECT_FALSE(delegate_->settings()->launchAtLogin());
+}
+
+}  // namespace
+}  // namespace orvantis::app
+
+namespace orvantis::app {
+namespace {
+
+TEST_F(AppDelegateTest, OnboardingShowsOnTheFirstRunAndClosedItIsNotShownAgain) {
+    launch();
+    ASSERT_NE(delegate_->onboardingWindow(), nullptr);
+    ASSERT_NE(onboarding_, nullptr);
+    // Closed by its close box with nothing granted: seen, and dropped on the next turn.
+    onboarding_->model.windowClosed();
+    EXPECT_TRUE(delegate_->settings()->hasCompletedOnboarding());
+    desktop_.loop().runFor(1ms);
+    EXPECT_EQ(delegate_->onboardingWindow(), nullptr);
+    delegate_->applicationWillTerminate();
+    delegate_.reset();
+    takeRecord();
+    launch();
+    EXPECT_EQ(delegate_->onboardingWindow(), nullptr);
+    for (const std::string& step : takeRecord()) EXPECT_EQ(step.find("onboarding"), std::string::npos) << step;
+}
+
+TEST_F(AppDelegateTest, ShowOnboardingAgainRaisesTheSameWindow) {
+    completeOnboarding();
+    launch();
+    takeRecord();
+    delegate_->showOnboarding();
+    OnboardingWindow* first = delegate_->onboardingWindow();
+    delegate_->showOnboarding();
+    EXPECT_EQ(delegate_->onboardingWindow(), first);
+    EXPECT_THAT(takeRecord(), ElementsAre("every 1000ms", "onboarding window en", "onboarding shown",
+                                          "onboarding shown"));
+}
+
+TEST_F(AppDelegateTest, TheOverlayHotkeyHeldShowsThePanelAndLetGoHidesIt) {
+    completeOnboarding();
+    int shows = 0, hides = 0;
+    struct Panel final : HotkeyOverlayView {
+        int& shows;
+        int& hides;
+        Panel(int& s, int& h) : shows(s), hides(h) {}
+        void show(const std::string&, const std::vector<HotkeyOverlayEntries::Section>&) override { ++shows; }
+        void hide() override { ++hides; }
+    };
+    services_.makeHotkeyOverlay = [&] { return std::make_unique<Panel>(shows, hides); };
+    launch();
+    ASSERT_NE(delegate_->hotkeyOverlay(), nullptr);
+    constexpr std::uint64_t kFlags = platform::key_flags::kControl | platform::key_flags::kShift;
+    desktop_.eventTap().deliver(sim::flagsChanged(kFlags));
+    desktop_.eventTap().deliver(sim::keyDown(4, kFlags));
+    desktop_.loop().runUntilIdle();
+    EXPECT_EQ(shows, 1);
+    desktop_.eventTap().deliver(sim::keyUp(4, kFlags));
+    desktop_.loop().runUntilIdle();
+    EXPECT_EQ(hides, 1);
 }
 
 }  // namespace

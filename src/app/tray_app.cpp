@@ -24,6 +24,8 @@
 #include "core/permissions/permission_polling.h"
 #include "core/permissions/permissions_manager.h"
 #include "core/settings/app_settings.h"
+#include "core/shell/hotkey_overlay.h"
+#include "core/shell/onboarding_model.h"
 #include "core/settings/preference_store.h"
 #include "platform/clock.h"
 #include "platform/freedesktop/clipboard_bus.h"
@@ -142,6 +144,8 @@ void AppDelegate::applicationDidFinishLaunching() {
     snippets_ = SnippetsAssembly::create(app, monitor, clipboardMonitor());
     // 12. The text tools window, on its hotkey.
     textTools_ = TextToolsAssembly::create(app, monitor);
+    // 13. The hotkey overlay, shown while its hotkey is held.
+    hotkeyOverlay_ = std::make_unique<HotkeyOverlayCoordinator>(monitor, *settings_, loop_, desktop_.makeHotkeyOverlay);
     // 15 to 18: the keyboard lock, scroll reversal, the icon hider, keep-awake.
     systemUtilities_ = SystemUtilitiesAssembly::create(app, monitor, menuBarController_.get());
     // 19 to 21: the keyboard monitor starts, or the banner asks for permission.
@@ -182,13 +186,38 @@ void AppDelegate::openSettings() {
 bool AppDelegate::showOnboardingIfNeeded() {
     if (settings_->hasCompletedOnboarding()) return false;
     // A first run: the onboarding window leads the user to the permissions, so launch asks for
-    // none of its own. Until that window exists, the first run counts as one where it shows.
-    logger_.log().app.info("launch: first run; the permissions are not asked for at launch");
+    // none of its own.
+    logger_.log().app.info("launch: first run; onboarding shows and the permissions are not asked for at launch");
+    showOnboarding();
     return true;
 }
 
+void AppDelegate::showOnboarding() {
+    if (!onboardingWindow_) {
+        if (!desktop_.makeOnboardingWindow) {
+            logger_.log().app.warning("onboarding: this desktop has no onboarding window");
+            return;
+        }
+        onboardingDrop_.cancel();
+        onboardingModel_ = std::make_unique<OnboardingModel>(
+            *settings_, desktop_.permissions, desktop_.userNotifications, loop_, [this] {
+                logger_.log().app.info("onboarding: closed; it counts as seen");
+                // Dropped one turn later: the window is still inside its close handling now.
+                onboardingDrop_ = loop_.postAfter(platform::Duration::zero(), [this] {
+                    onboardingWindow_.reset();
+                    onboardingModel_.reset();
+                });
+            });
+        onboardingWindow_ = desktop_.makeOnboardingWindow(*onboardingModel_, settings_->settingsLanguage());
+    }
+    onboardingWindow_->showAndActivate();
+}
+
 void AppDelegate::startKeyboardWatching() {
-    if (!layoutSwitching_) return;
+    if (!layoutSwitching_) {
+        showOnboardingIfNeeded();
+        return;
+    }
     permissionsManager_ = std::make_unique<PermissionsManager>(*desktop_.permissions);
     permissionPolling_ = std::make_unique<PermissionPolling>(
         layoutSwitching_->monitor(), *permissionsManager_, loop_,

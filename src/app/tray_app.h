@@ -18,10 +18,14 @@
 #include "app/translator_assembly.h"
 #include "core/events/notification_center.h"
 #include "platform/clock.h"
+#include "platform/main_loop.h"
 
 namespace orvantis {
 class AppLogger;
 class AppSettings;
+class HotkeyOverlayCoordinator;
+class OnboardingModel;
+class OnboardingWindow;
 class ClipboardMonitor;
 class PermissionPolling;
 class PermissionsManager;
@@ -85,6 +89,14 @@ public:
     /// Gives the settings window's opener; the settings window's assembly calls this.
     void setSettingsOpener(std::function<void()> opener) { settingsOpener_ = std::move(opener); }
 
+    /// Shows the onboarding window, or raises it when it is open, whether or not onboarding
+    /// was completed before: the first run and `orvantis show onboarding`.
+    void showOnboarding();
+    /// The onboarding window while it is open, else null.
+    OnboardingWindow* onboardingWindow() const { return onboardingWindow_.get(); }
+    /// The hotkey overlay, from launch on.
+    HotkeyOverlayCoordinator* hotkeyOverlay() const { return hotkeyOverlay_.get(); }
+
     /// Keep-awake, the keyboard lock and the other system utilities, from launch on.
     SystemUtilitiesAssembly* systemUtilities() const { return systemUtilities_.get(); }
 
@@ -115,9 +127,14 @@ private:
     std::unique_ptr<PasswordsAssembly> passwords_;
     std::unique_ptr<SnippetsAssembly> snippets_;
     std::unique_ptr<TextToolsAssembly> textTools_;
+    std::unique_ptr<HotkeyOverlayCoordinator> hotkeyOverlay_;
     std::unique_ptr<SystemUtilitiesAssembly> systemUtilities_;
     std::unique_ptr<PermissionsManager> permissionsManager_;
     std::unique_ptr<PermissionPolling> permissionPolling_;
+    /// The onboarding window and its model while it is open; dropped one turn after it closes.
+    std::unique_ptr<OnboardingModel> onboardingModel_;
+    std::unique_ptr<OnboardingWindow> onboardingWindow_;
+    platform::TimerHandle onboardingDrop_;
 };
 
 /// The launch banner line: "launch: Orvantis <version> (build <build>) on <system>;
