@@ -722,3 +722,28 @@ TEST_F(AppDelegateTest, TheOverlayHotkeyHeldShowsThePanelAndLetGoHidesIt) {
 
 }  // namespace
 }  // namespace orvantis::app
+
+namespace orvantis::app {
+namespace {
+
+TEST_F(AppDelegateTest, ShowWindowOpensEachWindowAndRefusesOtherNames) {
+    completeOnboarding();
+    launch();
+    int settingsOpened = 0;
+    delegate_->setSettingsOpener([&] { ++settingsOpened; });
+    EXPECT_EQ(delegate_->showWindow("settings"), std::nullopt);
+    EXPECT_EQ(settingsOpened, 1);
+    EXPECT_EQ(delegate_->showWindow("help"), std::nullopt);
+    ASSERT_NE(delegate_->menuBarController()->helpWindow(), nullptr);
+    QWidget* help = delegate_->menuBarController()->helpWindow();
+    EXPECT_EQ(delegate_->showWindow("help"), std::nullopt);
+    EXPECT_EQ(delegate_->menuBarController()->helpWindow(), help) << "a second show raises the same window";
+    EXPECT_EQ(delegate_->showWindow("onboarding"), std::nullopt);
+    EXPECT_NE(delegate_->onboardingWindow(), nullptr);
+    EXPECT_EQ(delegate_->showWindow("overlay"), std::nullopt);
+    EXPECT_TRUE(delegate_->hotkeyOverlay()->isVisible() || !services_.makeHotkeyOverlay);
+    EXPECT_EQ(delegate_->showWindow("dashboard"), std::optional<std::string>("no window is called \"dashboard\""));
+}
+
+}  // namespace
+}  // namespace orvantis::app

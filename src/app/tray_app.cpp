@@ -30,6 +30,7 @@
 #include "platform/clock.h"
 #include "platform/freedesktop/clipboard_bus.h"
 #include "platform/freedesktop/pomodoro_bus.h"
+#include "platform/freedesktop/shell_bus.h"
 #include "platform/freedesktop/journal_sink.h"
 #include "platform/freedesktop/single_instance_guard.h"
 #include "platform/freedesktop/system_utilities_bus.h"
@@ -192,6 +193,22 @@ bool AppDelegate::showOnboardingIfNeeded() {
     return true;
 }
 
+std::optional<std::string> AppDelegate::showWindow(std::string_view window) {
+    logger_.log().app.info("shell: show " + std::string(window) + " asked for on the session bus");
+    if (window == "settings") {
+        openSettings();
+    } else if (window == "onboarding") {
+        showOnboarding();
+    } else if (window == "help") {
+        if (menuBarController_) menuBarController_->openHelp();
+    } else if (window == "overlay") {
+        if (hotkeyOverlay_) hotkeyOverlay_->showForCommand();
+    } else {
+        return "no window is called \"" + std::string(window) + "\"";
+    }
+    return std::nullopt;
+}
+
 void AppDelegate::showOnboarding() {
     if (!onboardingWindow_) {
         if (!desktop_.makeOnboardingWindow) {
@@ -351,6 +368,9 @@ int runTrayApp(int& argc, char** argv) {
     const auto systemUtilitiesBus = exportSystemUtilitiesOnBus(
         *instance, [&delegate] { return delegate.systemUtilities(); }, [&delegate] { return delegate.settings(); },
         clock, logger.log().app);
+    // `orvantis show` opens the shell's windows.
+    const auto shellBus = freedesktop::ShellBusService::exportOn(
+        *instance, [&delegate](std::string_view window) { return delegate.showWindow(window); });
     // Registered once: runTrayApp runs once per process.
     static const bool exitHookRegistered = std::atexit(endSequenceOnExit) == 0;
     // A display connection of ours that breaks ends the program through the event loop, so

@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -92,6 +93,9 @@ public:
     /// Shows the onboarding window, or raises it when it is open, whether or not onboarding
     /// was completed before: the first run and `orvantis show onboarding`.
     void showOnboarding();
+    /// `orvantis show WINDOW`: opens or raises "settings", "onboarding", "help" or "overlay";
+    /// answers why not for any other name.
+    std::optional<std::string> showWindow(std::string_view window);
     /// The onboarding window while it is open, else null.
     OnboardingWindow* onboardingWindow() const { return onboardingWindow_.get(); }
     /// The hotkey overlay, from launch on.
