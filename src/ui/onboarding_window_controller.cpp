@@ -10,7 +10,9 @@
 #include <QIcon>
 #include <QLabel>
 #include <QPushButton>
+#include <QKeySequence>
 #include <QScreen>
+#include <QShortcut>
 #include <QScrollArea>
 #include <QStyle>
 #include <QVBoxLayout>
@@ -27,8 +29,13 @@ QLabel* wrapped(std::string_view text, bool secondary = false) {
     auto* label = new QLabel(toQString(text));
     label->setWordWrap(true);
     if (secondary) {
+        // Between the text colour and the background: readable, yet below the titles.
         QPalette palette = label->palette();
-        palette.setColor(QPalette::WindowText, palette.color(QPalette::Disabled, QPalette::WindowText));
+        const QColor text = palette.color(QPalette::WindowText);
+        const QColor back = palette.color(QPalette::Window);
+        palette.setColor(QPalette::WindowText, QColor((text.red() * 3 + back.red() * 2) / 5,
+                                                      (text.green() * 3 + back.green() * 2) / 5,
+                                                      (text.blue() * 3 + back.blue() * 2) / 5));
         label->setPalette(palette);
     }
     return label;
@@ -112,7 +119,7 @@ OnboardingWindowController::OnboardingWindowController(OnboardingModel& model, S
         row->setSpacing(10);
         auto* icon = new QLabel;
         icon->setPixmap(themed(features[i].icon, features[i].fallback, style()).pixmap(22, 22));
-        icon->setAlignment(Qt::AlignTop);
+        icon->setFixedSize(22, 22);
         row->addWidget(icon, 0, Qt::AlignTop);
         auto* texts = new QVBoxLayout;
         texts->setSpacing(0);
@@ -176,6 +183,11 @@ OnboardingWindowController::OnboardingWindowController(OnboardingModel& model, S
         close();
     };
     connect(skip_, &QPushButton::clicked, this, finish);
+    // Return and Enter press the default button, as in a dialog.
+    for (const int key : {Qt::Key_Return, Qt::Key_Enter}) {
+        auto* shortcut = new QShortcut(QKeySequence(key), this);
+        connect(shortcut, &QShortcut::activated, getStarted_, &QPushButton::click);
+    }
     connect(getStarted_, &QPushButton::clicked, this, finish);
 
     model_.setOnChanged([this] { updateStatuses(); });
