@@ -26,7 +26,8 @@ QStyle::StandardPixmap fallbackFor(const std::string& icon) {
     if (icon == "help-about") return QStyle::SP_MessageBoxQuestion;
     if (icon == "system-lock-screen") return QStyle::SP_DialogNoButton;
     if (icon == "view-hidden") return QStyle::SP_TitleBarMinButton;
-    return QStyle::SP_DialogApplyButton;
+    if (icon == "tools-check-spelling") return QStyle::SP_FileDialogDetailedView;
+    return QStyle::SP_DesktopIcon;  // keep-awake: the screen stays on
 }
 
 }  // namespace

@@ -11,7 +11,9 @@
 #include <QPixmap>
 #include <QCursor>
 #include <QMenu>
+#include <QGuiApplication>
 #include <QMessageBox>
+#include <QScreen>
 #include <QPoint>
 #include <QRect>
 #include <QString>
@@ -201,6 +203,10 @@ void MenuBarController::openHelp() {
         helpWindow_->setObjectName(QStringLiteral("helpWindow"));
         helpWindow_->setWindowTitle(QStringLiteral("Orvantis Help"));
         helpWindow_->resize(HelpView::kWidth, HelpView::kHeight);
+        if (const QScreen* screen = QGuiApplication::primaryScreen()) {
+            const QRect area = screen->availableGeometry();
+            helpWindow_->move(area.center() - QPoint(HelpView::kWidth / 2, HelpView::kHeight / 2));
+        }
     }
     helpWindow_->show();
     helpWindow_->raise();

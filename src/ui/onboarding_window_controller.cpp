@@ -112,7 +112,7 @@ OnboardingWindowController::OnboardingWindowController(OnboardingModel& model, S
         {"alarm-symbolic", QStyle::SP_BrowserReload, &SettingsStrings::pomodoroTimer},
         {"dialog-password", QStyle::SP_DialogYesButton, &SettingsStrings::passwordSection},
         {"insert-text", QStyle::SP_FileIcon, &SettingsStrings::snippetsSection},
-        {"tools-check-spelling", QStyle::SP_DialogApplyButton, &SettingsStrings::textTransformerSection},
+        {"tools-check-spelling", QStyle::SP_FileDialogDetailedView, &SettingsStrings::textTransformerSection},
     }};
     for (std::size_t i = 0; i < features.size(); ++i) {
         auto* row = new QHBoxLayout;

@@ -7,7 +7,7 @@
 # `orvantis show` without a running program exits 1 with a message.
 #
 # Artifacts: shell-onboarding-en.png, shell-onboarding-ru.png, shell-menu-en.png,
-# shell-menu-ru.png, shell-help-en.png, shell-overlay-en.png, shell-overlay-ru.png,
+# shell-menu-ru.png, shell-help-en.png, shell-help-ru.png, shell-overlay-en.png, shell-overlay-ru.png,
 # shell-overlay-released.png.
 # shellcheck source-path=SCRIPTDIR source=e2e_lib.sh
 source "$(dirname "$0")/e2e_lib.sh"
@@ -215,6 +215,10 @@ note "menu rows (ru):"$'\n'"$rows_ru"
 xdotool key --clearmodifiers Escape
 wait_until 5 no_menu "$APP_PID" || fail "Escape did not close the menu"
 hold_overlay shell-overlay-ru
+"$ORVANTIS_BIN" show help || fail "show help failed in Russian"
+wait_until 5 onboarding_window "Orvantis Help" >/dev/null || fail "no Russian help window"
+sleep 0.3
+note "help (ru): $(screenshot shell-help-ru)"
 
 lock_ru=$(grep -F 'menuKeyboardLockItem =' "$REPO_DIR/src/core/strings/settings_strings_ru.cpp" | sed 's/.*= "\(.*\)",/\1/')
 [[ $rows_en == "$expected_en" ]] || fail "the English menu rows differ from the expected ones"
