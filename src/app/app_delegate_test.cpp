@@ -695,6 +695,12 @@ TEST_F(AppDelegateTest, ShowOnboardingAgainRaisesTheSameWindow) {
     EXPECT_EQ(delegate_->onboardingWindow(), first);
     EXPECT_THAT(takeRecord(), ElementsAre("every 1000ms", "onboarding window en", "onboarding shown",
                                           "onboarding shown"));
+    // Closed, and asked for again before the closed one is dropped: a new window, which stays.
+    onboarding_->model.windowClosed();
+    delegate_->showOnboarding();
+    desktop_.loop().runFor(10ms);
+    ASSERT_NE(delegate_->onboardingWindow(), nullptr);
+    EXPECT_FALSE(onboarding_->model.isClosed());
 }
 
 TEST_F(AppDelegateTest, TheOverlayHotkeyHeldShowsThePanelAndLetGoHidesIt) {

@@ -210,6 +210,12 @@ std::optional<std::string> AppDelegate::showWindow(std::string_view window) {
 }
 
 void AppDelegate::showOnboarding() {
+    if (onboardingModel_ && onboardingModel_->isClosed()) {
+        // Closed in this turn and not yet dropped: a new window takes its place.
+        onboardingDrop_.cancel();
+        onboardingWindow_.reset();
+        onboardingModel_.reset();
+    }
     if (!onboardingWindow_) {
         if (!desktop_.makeOnboardingWindow) {
             logger_.log().app.warning("onboarding: this desktop has no onboarding window");
