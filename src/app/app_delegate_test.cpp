@@ -7,6 +7,9 @@
 #include "app/tray_app.h"
 
 #include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <chrono>
 #include <memory>
 #include <string>
@@ -25,6 +28,8 @@
 #include "core/passwords/password_popup.h"
 #include "core/pomodoro/pomodoro_coordinator.h"
 #include "core/pomodoro/pomodoro_history.h"
+#include "core/shell/hotkey_overlay.h"
+#include "core/shell/onboarding_model.h"
 #include "core/shell/toast.h"
 #include "core/snippets/snippet_expander.h"
 #include "core/settings/app_settings.h"
@@ -37,6 +42,7 @@
 #include "platform/pointer.h"
 #include "platform/serial_queue.h"
 #include "platform/sim/desktop.h"
+#include "platform/sim/event_tap.h"
 #include "platform/sim/http_client.h"
 #include "platform/sim/permissions.h"
 #include "platform/sim/pomodoro_services.h"
@@ -285,9 +291,26 @@ private:
     Record& record_;
 };
 
+/// The onboarding window, recording what the delegate does with it.
+class RecordingOnboardingWindow final : public OnboardingWindow {
+public:
+    RecordingOnboardingWindow(Record& record, OnboardingModel& m) : model(m), record_(record) {}
+    void showAndActivate() override { record_.push_back("onboarding shown"); }
+    OnboardingModel& model;
+
+private:
+    Record& record_;
+};
+
 class AppDelegateTest : public ::testing::Test {
 protected:
     AppDelegateTest() {
+        services_.makeOnboardingWindow = [this](OnboardingModel& model, SettingsLanguage language) {
+            record_.push_back(std::string("onboarding window ") + (language == SettingsLanguage::ru ? "ru" : "en"));
+            auto window = std::make_unique<RecordingOnboardingWindow>(record_, model);
+            onboarding_ = window.get();
+            return window;
+        };
         services_.eventTap = &tap_;
         services_.keyOutput = &desktop_.keyOutput();
         services_.selectionKeys = &desktop_.keyOutput();
@@ -376,6 +399,7 @@ protected:
     platform::ThreadSerialQueue preferencesWriter_{"test.preferences.writer"};
     AppLogger logger_{home_.path() / "logs", logQueue_, desktop_.loop()};
     DesktopServices services_;
+    RecordingOnboardingWindow* onboarding_ = nullptr;  ///< the last one made
     std::unique_ptr<AppDelegate> delegate_;
 };
 
@@ -500,7 +524,8 @@ TEST_F(AppDelegateTest, FirstRunWithoutPermissionShowsTheBannerAndPollsButAsksNo
     launch();
     EXPECT_THAT(takeRecord(), ElementsAre("watch", "tap hotkeys", "translation popup", "clipboard popup",
                                           "every 500ms", "focus commands listed", "sleep watched", "toast panel",
-                                          "tap start refused", "every 2000ms"));
+                                          "tap start refused", "every 1000ms", "onboarding window en",
+                                          "onboarding shown", "every 2000ms"));
     EXPECT_EQ(delegate_->menuBarController()->statusIcon(), ui::MenuBarController::StatusIcon::permissionsRequired);
     desktop_.loop().runFor(1500ms);
     EXPECT_EQ(simPermissions_.requestCount(sim::Permissions::Kind::accessibility), 0u);
@@ -589,6 +614,141 @@ TEST_F(AppDelegateTest, EndSequenceWritesAHistoryChangeStillWaitingToBeSaved) {
     delegate_->applicationWillTerminate();
     const std::string snapshot = testing::readFile(home_.path() / "data" / "clipboard.json");
     EXPECT_NE(snapshot.find("copied just before quitting"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace orvantis::app
+
+namespace orvantis::app {
+namespace {
+
+/// Every line the log has written so far.
+std::string logText(AppLogger& logger, const std::filesystem::path& folder) {
+    logger.flush();
+    std::string text;
+    std::error_code error;
+    for (const auto& entry : std::filesystem::directory_iterator(folder, error)) {
+        std::ifstream in(entry.path());
+        text.append(std::istreambuf_iterator<char>(in), {});
+    }
+    return text;
+}
+
+TEST_F(AppDelegateTest, TheSettingsRowSaysTheWindowIsMissingUntilAnOpenerIsGiven) {
+    completeOnboarding();
+    launch();
+    ui::MenuBarController& menu = *delegate_->menuBarController();
+    menu.menuItem("menuSettingsItem")->trigger();
+    EXPECT_NE(logText(logger_, home_.path() / "logs").find("settings: the settings window is not built yet"),
+              std::string::npos);
+    int opened = 0;
+    delegate_->setSettingsOpener([&] { ++opened; });
+    menu.menuItem("menuSettingsItem")->trigger();
+    EXPECT_EQ(opened, 1);
+}
+
+TEST_F(AppDelegateTest, LaunchAtLoginTogglesTheSettingAndSaysWhatIsMissing) {
+    completeOnboarding();
+    launch();
+    QAction* row = delegate_->menuBarController()->menuItem("launchAtLogin");
+    ASSERT_NE(row, nullptr);
+    EXPECT_EQ(row->data().toInt(), 100);
+    row->trigger();
+    EXPECT_TRUE(delegate_->settings()->launchAtLogin());
+    EXPECT_TRUE(row->isChecked());
+    EXPECT_NE(logText(logger_, home_.path() / "logs").find("launchAtLogin: set to on; the autostart entry is not written yet"),
+              std::string::npos);
+    row->trigger();
+    EXPECT_FALSE(delegate_->settings()->launchAtLogin());
+}
+
+}  // namespace
+}  // namespace orvantis::app
+
+namespace orvantis::app {
+namespace {
+
+TEST_F(AppDelegateTest, OnboardingShowsOnTheFirstRunAndClosedItIsNotShownAgain) {
+    launch();
+    ASSERT_NE(delegate_->onboardingWindow(), nullptr);
+    ASSERT_NE(onboarding_, nullptr);
+    // Closed by its close box with nothing granted: seen, and dropped on the next turn.
+    onboarding_->model.windowClosed();
+    EXPECT_TRUE(delegate_->settings()->hasCompletedOnboarding());
+    desktop_.loop().runFor(1ms);
+    EXPECT_EQ(delegate_->onboardingWindow(), nullptr);
+    delegate_->applicationWillTerminate();
+    delegate_.reset();
+    takeRecord();
+    launch();
+    EXPECT_EQ(delegate_->onboardingWindow(), nullptr);
+    for (const std::string& step : takeRecord()) EXPECT_EQ(step.find("onboarding"), std::string::npos) << step;
+}
+
+TEST_F(AppDelegateTest, ShowOnboardingAgainRaisesTheSameWindow) {
+    completeOnboarding();
+    launch();
+    takeRecord();
+    delegate_->showOnboarding();
+    OnboardingWindow* first = delegate_->onboardingWindow();
+    delegate_->showOnboarding();
+    EXPECT_EQ(delegate_->onboardingWindow(), first);
+    EXPECT_THAT(takeRecord(), ElementsAre("every 1000ms", "onboarding window en", "onboarding shown",
+                                          "onboarding shown"));
+    // Closed, and asked for again before the closed one is dropped: a new window, which stays.
+    onboarding_->model.windowClosed();
+    delegate_->showOnboarding();
+    desktop_.loop().runFor(10ms);
+    ASSERT_NE(delegate_->onboardingWindow(), nullptr);
+    EXPECT_FALSE(onboarding_->model.isClosed());
+}
+
+TEST_F(AppDelegateTest, TheOverlayHotkeyHeldShowsThePanelAndLetGoHidesIt) {
+    completeOnboarding();
+    int shows = 0, hides = 0;
+    struct Panel final : HotkeyOverlayView {
+        int& shows;
+        int& hides;
+        Panel(int& s, int& h) : shows(s), hides(h) {}
+        void show(const std::string&, const std::vector<HotkeyOverlayEntries::Section>&) override { ++shows; }
+        void hide() override { ++hides; }
+    };
+    services_.makeHotkeyOverlay = [&] { return std::make_unique<Panel>(shows, hides); };
+    launch();
+    ASSERT_NE(delegate_->hotkeyOverlay(), nullptr);
+    constexpr std::uint64_t kFlags = platform::key_flags::kControl | platform::key_flags::kShift;
+    desktop_.eventTap().deliver(sim::flagsChanged(kFlags));
+    desktop_.eventTap().deliver(sim::keyDown(4, kFlags));
+    desktop_.loop().runUntilIdle();
+    EXPECT_EQ(shows, 1);
+    desktop_.eventTap().deliver(sim::keyUp(4, kFlags));
+    desktop_.loop().runUntilIdle();
+    EXPECT_EQ(hides, 1);
+}
+
+}  // namespace
+}  // namespace orvantis::app
+
+namespace orvantis::app {
+namespace {
+
+TEST_F(AppDelegateTest, ShowWindowOpensEachWindowAndRefusesOtherNames) {
+    completeOnboarding();
+    launch();
+    int settingsOpened = 0;
+    delegate_->setSettingsOpener([&] { ++settingsOpened; });
+    EXPECT_EQ(delegate_->showWindow("settings"), std::nullopt);
+    EXPECT_EQ(settingsOpened, 1);
+    EXPECT_EQ(delegate_->showWindow("help"), std::nullopt);
+    ASSERT_NE(delegate_->menuBarController()->helpWindow(), nullptr);
+    QWidget* help = delegate_->menuBarController()->helpWindow();
+    EXPECT_EQ(delegate_->showWindow("help"), std::nullopt);
+    EXPECT_EQ(delegate_->menuBarController()->helpWindow(), help) << "a second show raises the same window";
+    EXPECT_EQ(delegate_->showWindow("onboarding"), std::nullopt);
+    EXPECT_NE(delegate_->onboardingWindow(), nullptr);
+    EXPECT_EQ(delegate_->showWindow("overlay"), std::nullopt);
+    EXPECT_TRUE(delegate_->hotkeyOverlay()->isVisible() || !services_.makeHotkeyOverlay);
+    EXPECT_EQ(delegate_->showWindow("dashboard"), std::optional<std::string>("no window is called \"dashboard\""));
 }
 
 }  // namespace

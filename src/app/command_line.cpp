@@ -12,6 +12,7 @@
 #include "app/clipboard_command.h"
 #include "app/password_command.h"
 #include "app/pomodoro_command.h"
+#include "app/show_command.h"
 #include "app/transform_command.h"
 #include "app/translate_command.h"
 #include "build_info.h"
@@ -75,6 +76,8 @@ constexpr std::string_view kUsage =
     "  orvantis caffeine status        active|inactive, a tab, seconds left or -, a tab,\n"
     "                                  held|released\n"
     "  orvantis lock                   lock the keyboard for cleaning\n"
+    "  orvantis show settings|onboarding|help|overlay\n"
+    "                                  the running program opens that window, or raises it\n"
     "  orvantis --version              the version and build\n"
     "  orvantis --help                 this text\n"
     "\n"
@@ -281,6 +284,7 @@ int runCommandLine(const std::vector<std::string>& args, const CommandLineEnviro
     if (args[0] == "pomodoro") return runPomodoroCommand(args, std::cout, std::cerr);
     if (args[0] == "caffeine") return runCaffeineCommand(args, std::cout, std::cerr);
     if (args[0] == "lock") return runLockCommand(args, std::cout, std::cerr);
+    if (args[0] == "show") return runShowCommand(args, std::cerr);
     if (args[0] == "transform") {
         // The interface language gives the labels of the count; the store is opened only then.
         return runTransformCommand(args, std::cin, std::cout, std::cerr, [] {

@@ -5,10 +5,14 @@
 #include <string>
 
 #include "core/passwords/password_popup.h"
+#include "core/settings/settings_language.h"
 
 namespace orvantis {
 class AppSettings;
 class ClipboardHistoryPopup;
+class HotkeyOverlayView;
+class OnboardingModel;
+class OnboardingWindow;
 class KeyboardLockOverlay;
 class TextTransformerWindow;
 class Toast;
@@ -77,6 +81,11 @@ struct DesktopServices {
     PasswordPopupFactory makePasswordPopup;
     /// The passing notice at the top of the screen, made once.
     std::function<std::unique_ptr<Toast>()> makeToast;
+    /// The first-run window over its model, in the interface language of the moment.
+    std::function<std::unique_ptr<OnboardingWindow>(OnboardingModel& model, SettingsLanguage language)>
+        makeOnboardingWindow;
+    /// The hotkey overlay's panel, made at its first display.
+    std::function<std::unique_ptr<HotkeyOverlayView>()> makeHotkeyOverlay;
     /// The operating system and its version, for the launch banner.
     std::string systemVersion;
 

@@ -24,10 +24,13 @@
 #include "core/permissions/permission_polling.h"
 #include "core/permissions/permissions_manager.h"
 #include "core/settings/app_settings.h"
+#include "core/shell/hotkey_overlay.h"
+#include "core/shell/onboarding_model.h"
 #include "core/settings/preference_store.h"
 #include "platform/clock.h"
 #include "platform/freedesktop/clipboard_bus.h"
 #include "platform/freedesktop/pomodoro_bus.h"
+#include "platform/freedesktop/shell_bus.h"
 #include "platform/freedesktop/journal_sink.h"
 #include "platform/freedesktop/single_instance_guard.h"
 #include "platform/freedesktop/system_utilities_bus.h"
@@ -142,6 +145,8 @@ void AppDelegate::applicationDidFinishLaunching() {
     snippets_ = SnippetsAssembly::create(app, monitor, clipboardMonitor());
     // 12. The text tools window, on its hotkey.
     textTools_ = TextToolsAssembly::create(app, monitor);
+    // 13. The hotkey overlay, shown while its hotkey is held.
+    hotkeyOverlay_ = std::make_unique<HotkeyOverlayCoordinator>(monitor, *settings_, loop_, desktop_.makeHotkeyOverlay);
     // 15 to 18: the keyboard lock, scroll reversal, the icon hider, keep-awake.
     systemUtilities_ = SystemUtilitiesAssembly::create(app, monitor, menuBarController_.get());
     // 19 to 21: the keyboard monitor starts, or the banner asks for permission.
@@ -157,21 +162,85 @@ void AppDelegate::createMenuBar() {
             permissionsManager_->requestMissing();
             permissionsManager_->openSettingsForMissing();
         });
+    menuBarController_->setShellActions(ui::ShellMenuActions{
+        [this] { openSettings(); }, [this] { return settings_->launchAtLogin(); },
+        [this] {
+            const bool on = !settings_->launchAtLogin();
+            settings_->setLaunchAtLogin(on);
+            // The setting is kept; the desktop's autostart entry that acts on it comes later.
+            logger_.log().launch.info(std::string("launchAtLogin: set to ") + (on ? "on" : "off") +
+                                      "; the autostart entry is not written yet");
+        }});
     if (!QSystemTrayIcon::isSystemTrayAvailable()) {
         logger_.log().app.info("menuBar: no system tray yet; the icon docks when one appears");
     }
 }
 
+void AppDelegate::openSettings() {
+    if (!settingsOpener_) {
+        logger_.log().app.info("settings: the settings window is not built yet");
+        return;
+    }
+    settingsOpener_();
+}
+
 bool AppDelegate::showOnboardingIfNeeded() {
     if (settings_->hasCompletedOnboarding()) return false;
     // A first run: the onboarding window leads the user to the permissions, so launch asks for
-    // none of its own. Until that window exists, the first run counts as one where it shows.
-    logger_.log().app.info("launch: first run; the permissions are not asked for at launch");
+    // none of its own.
+    logger_.log().app.info("launch: first run; onboarding shows and the permissions are not asked for at launch");
+    showOnboarding();
     return true;
 }
 
+std::optional<std::string> AppDelegate::showWindow(std::string_view window) {
+    logger_.log().app.info("shell: show " + std::string(window) + " asked for on the session bus");
+    if (window == "settings") {
+        openSettings();
+    } else if (window == "onboarding") {
+        showOnboarding();
+    } else if (window == "help") {
+        if (menuBarController_) menuBarController_->openHelp();
+    } else if (window == "overlay") {
+        if (hotkeyOverlay_) hotkeyOverlay_->showForCommand();
+    } else {
+        return "no window is called \"" + std::string(window) + "\"";
+    }
+    return std::nullopt;
+}
+
+void AppDelegate::showOnboarding() {
+    if (onboardingModel_ && onboardingModel_->isClosed()) {
+        // Closed in this turn and not yet dropped: a new window takes its place.
+        onboardingDrop_.cancel();
+        onboardingWindow_.reset();
+        onboardingModel_.reset();
+    }
+    if (!onboardingWindow_) {
+        if (!desktop_.makeOnboardingWindow) {
+            logger_.log().app.warning("onboarding: this desktop has no onboarding window");
+            return;
+        }
+        onboardingDrop_.cancel();
+        onboardingModel_ = std::make_unique<OnboardingModel>(
+            *settings_, desktop_.permissions, desktop_.userNotifications, loop_, [this] {
+                logger_.log().app.info("onboarding: closed; it counts as seen");
+                // Dropped one turn later: the window is still inside its close handling now.
+                onboardingDrop_ = loop_.postAfter(platform::Duration::zero(), [this] {
+                    onboardingWindow_.reset();
+                    onboardingModel_.reset();
+                });
+            });
+        onboardingWindow_ = desktop_.makeOnboardingWindow(*onboardingModel_, settings_->settingsLanguage());
+    }
+    onboardingWindow_->showAndActivate();
+}
+
 void AppDelegate::startKeyboardWatching() {
-    if (!layoutSwitching_) return;
+    if (!layoutSwitching_) {
+        showOnboardingIfNeeded();
+        return;
+    }
     permissionsManager_ = std::make_unique<PermissionsManager>(*desktop_.permissions);
     permissionPolling_ = std::make_unique<PermissionPolling>(
         layoutSwitching_->monitor(), *permissionsManager_, loop_,
@@ -305,6 +374,9 @@ int runTrayApp(int& argc, char** argv) {
     const auto systemUtilitiesBus = exportSystemUtilitiesOnBus(
         *instance, [&delegate] { return delegate.systemUtilities(); }, [&delegate] { return delegate.settings(); },
         clock, logger.log().app);
+    // `orvantis show` opens the shell's windows.
+    const auto shellBus = freedesktop::ShellBusService::exportOn(
+        *instance, [&delegate](std::string_view window) { return delegate.showWindow(window); });
     // Registered once: runTrayApp runs once per process.
     static const bool exitHookRegistered = std::atexit(endSequenceOnExit) == 0;
     // A display connection of ours that breaks ends the program through the event loop, so

@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -18,10 +19,14 @@
 #include "app/translator_assembly.h"
 #include "core/events/notification_center.h"
 #include "platform/clock.h"
+#include "platform/main_loop.h"
 
 namespace orvantis {
 class AppLogger;
 class AppSettings;
+class HotkeyOverlayCoordinator;
+class OnboardingModel;
+class OnboardingWindow;
 class ClipboardMonitor;
 class PermissionPolling;
 class PermissionsManager;
@@ -79,6 +84,23 @@ public:
     /// The Pomodoro, from launch on; null when the desktop lacks its services.
     PomodoroAssembly* pomodoro() const { return pomodoro_.get(); }
     NotificationCenter& notifications() { return notifications_; }
+    /// Opens the settings window, or raises it when it is open: the menu's first row and
+    /// `orvantis show settings`. Logs what is missing while no window has been given.
+    void openSettings();
+    /// Gives the settings window's opener; the settings window's assembly calls this.
+    void setSettingsOpener(std::function<void()> opener) { settingsOpener_ = std::move(opener); }
+
+    /// Shows the onboarding window, or raises it when it is open, whether or not onboarding
+    /// was completed before: the first run and `orvantis show onboarding`.
+    void showOnboarding();
+    /// `orvantis show WINDOW`: opens or raises "settings", "onboarding", "help" or "overlay";
+    /// answers why not for any other name.
+    std::optional<std::string> showWindow(std::string_view window);
+    /// The onboarding window while it is open, else null.
+    OnboardingWindow* onboardingWindow() const { return onboardingWindow_.get(); }
+    /// The hotkey overlay, from launch on.
+    HotkeyOverlayCoordinator* hotkeyOverlay() const { return hotkeyOverlay_.get(); }
+
     /// Keep-awake, the keyboard lock and the other system utilities, from launch on.
     SystemUtilitiesAssembly* systemUtilities() const { return systemUtilities_.get(); }
 
@@ -97,6 +119,7 @@ private:
     AppPaths paths_;
     const DesktopServices& desktop_;
     std::function<void()> quit_;
+    std::function<void()> settingsOpener_;
     NotificationCenter notifications_;
     std::unique_ptr<PreferenceStore> store_;
     std::unique_ptr<AppSettings> settings_;
@@ -108,9 +131,14 @@ private:
     std::unique_ptr<PasswordsAssembly> passwords_;
     std::unique_ptr<SnippetsAssembly> snippets_;
     std::unique_ptr<TextToolsAssembly> textTools_;
+    std::unique_ptr<HotkeyOverlayCoordinator> hotkeyOverlay_;
     std::unique_ptr<SystemUtilitiesAssembly> systemUtilities_;
     std::unique_ptr<PermissionsManager> permissionsManager_;
     std::unique_ptr<PermissionPolling> permissionPolling_;
+    /// The onboarding window and its model while it is open; dropped one turn after it closes.
+    std::unique_ptr<OnboardingModel> onboardingModel_;
+    std::unique_ptr<OnboardingWindow> onboardingWindow_;
+    platform::TimerHandle onboardingDrop_;
 };
 
 /// The launch banner line: "launch: Orvantis <version> (build <build>) on <system>;

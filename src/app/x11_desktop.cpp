@@ -28,6 +28,8 @@
 #include "ui/keyboard_lock_overlay.h"
 #include "ui/qt_translation_popup.h"
 #include "ui/text_transformer_window_controller.h"
+#include "ui/hotkey_overlay_panel.h"
+#include "ui/onboarding_window_controller.h"
 #include "ui/toast_panel.h"
 #include "ui/translation_popup_controller.h"
 
@@ -111,6 +113,13 @@ X11Desktop::X11Desktop(AppLogger& logger, platform::MainLoop& loop) : loop_(loop
                                                              ui::KeyboardGrab::forPlatform());
     };
     services_.makeToast = [this]() -> std::unique_ptr<Toast> { return std::make_unique<ui::ToastPanel>(loop_); };
+    services_.makeOnboardingWindow = [](OnboardingModel& model,
+                                        SettingsLanguage language) -> std::unique_ptr<OnboardingWindow> {
+        return std::make_unique<ui::OnboardingWindowController>(model, language);
+    };
+    services_.makeHotkeyOverlay = []() -> std::unique_ptr<HotkeyOverlayView> {
+        return std::make_unique<ui::HotkeyOverlayPanel>();
+    };
     if (pasteboard_) {
         services_.makeTextTransformerWindow = [this](AppSettings& settings, std::function<void()> onClosed)
             -> std::unique_ptr<TextTransformerWindow> {

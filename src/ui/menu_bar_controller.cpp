@@ -11,16 +11,22 @@
 #include <QPixmap>
 #include <QCursor>
 #include <QMenu>
+#include <QGuiApplication>
+#include <QMessageBox>
+#include <QScreen>
 #include <QPoint>
 #include <QRect>
 #include <QString>
 #include <QTimer>
 
+#include "core/shell/shell_texts.h"
 #include "core/strings/settings_strings.h"
+#include "ui/help_view.h"
 
 namespace orvantis::ui {
 namespace {
 
+constexpr int kLaunchAtLoginTag = 100;
 constexpr int kBannerTag = 200;
 constexpr int kPomodoroStartTag = 300;
 constexpr int kPomodoroPlayTag = 301;
@@ -127,6 +133,8 @@ MenuBarController::MenuBarController(NotificationCenter& notifications, std::fun
 MenuBarController::~MenuBarController() {
     statusItem_.setContextMenu(nullptr);
     delete menu_;
+    delete helpWindow_;
+    delete updatesNotice_;
 }
 
 void MenuBarController::configureButton() {
@@ -140,6 +148,7 @@ void MenuBarController::buildMenu() {
     const SettingsStrings strings = SettingsStrings::make(language_ ? language_() : SettingsLanguage::en);
     auto* menu = new QMenu;
     menu->setObjectName(QStringLiteral("statusMenu"));
+    addShellItems(*menu, strings);
     addPomodoroItems(*menu, strings);
 
     addSystemUtilityRows(*menu, strings);
@@ -153,6 +162,68 @@ void MenuBarController::buildMenu() {
     QMenu* old = std::exchange(menu_, menu);
     statusItem_.setContextMenu(menu_);
     if (old != nullptr) old->deleteLater();
+}
+
+void MenuBarController::addShellItems(QMenu& menu, const SettingsStrings& strings) {
+    // Rows 1 to 4: the settings window, and the launch-at-login switch with its check mark.
+    QAction* settings = menu.addAction(toQString(strings.menuSettingsItem));
+    settings->setObjectName(QStringLiteral("menuSettingsItem"));
+    connect(settings, &QAction::triggered, this, [this] { openSettings(); });
+    menu.addSeparator();
+    QAction* login = menu.addAction(toQString(strings.launchAtLogin));
+    login->setObjectName(QStringLiteral("launchAtLogin"));
+    login->setData(kLaunchAtLoginTag);
+    login->setCheckable(true);
+    login->setChecked(shell_.launchAtLogin && shell_.launchAtLogin());
+    // The check mark is set here, not by Qt's own toggle, so that it always shows the setting.
+    connect(login, &QAction::triggered, this, [this] { toggleLaunchAtLogin(); });
+    menu.addSeparator();
+}
+
+void MenuBarController::setShellActions(ShellMenuActions actions) {
+    shell_ = std::move(actions);
+    buildMenu();
+}
+
+void MenuBarController::openSettings() {
+    if (shell_.openSettings) shell_.openSettings();
+}
+
+void MenuBarController::toggleLaunchAtLogin() {
+    if (shell_.toggleLaunchAtLogin) shell_.toggleLaunchAtLogin();
+    const bool on = shell_.launchAtLogin && shell_.launchAtLogin();
+    for (QAction* action : menu_->actions()) {
+        if (action->data().toInt() == kLaunchAtLoginTag) action->setChecked(on);
+    }
+}
+
+void MenuBarController::openHelp() {
+    if (helpWindow_ == nullptr) {
+        helpWindow_ = new HelpView(language_ ? language_() : SettingsLanguage::en);
+        helpWindow_->setObjectName(QStringLiteral("helpWindow"));
+        helpWindow_->setWindowTitle(QStringLiteral("Orvantis Help"));
+        helpWindow_->resize(HelpView::kWidth, HelpView::kHeight);
+        if (const QScreen* screen = QGuiApplication::primaryScreen()) {
+            const QRect area = screen->availableGeometry();
+            helpWindow_->move(area.center() - QPoint(HelpView::kWidth / 2, HelpView::kHeight / 2));
+        }
+    }
+    helpWindow_->show();
+    helpWindow_->raise();
+    helpWindow_->activateWindow();
+}
+
+void MenuBarController::checkForUpdates() {
+    if (updatesNotice_ == nullptr) {
+        updatesNotice_ = new QMessageBox(QMessageBox::Information, QStringLiteral("Orvantis"),
+                                         toQString(shell::kUpdaterNotConfiguredMessage), QMessageBox::Ok);
+        updatesNotice_->setObjectName(QStringLiteral("updatesNotice"));
+        updatesNotice_->setInformativeText(toQString(shell::kUpdaterNotConfiguredDetails));
+    }
+    // Not exec(): the notice must not hold up the event loop, nor a quit.
+    updatesNotice_->show();
+    updatesNotice_->raise();
+    updatesNotice_->activateWindow();
 }
 
 void MenuBarController::addPomodoroItems(QMenu& menu, const SettingsStrings& strings) {

@@ -13,6 +13,8 @@
 
 class QAction;
 class QMenu;
+class QMessageBox;
+class QWidget;
 
 namespace orvantis {
 struct SettingsStrings;
@@ -28,6 +30,15 @@ struct PomodoroMenuActions {
     std::function<void()> start;
     std::function<void()> togglePlay;
     std::function<void()> stop;
+};
+
+/// What the first rows of the menu do: the settings window and the launch-at-login switch.
+/// Given by the composition root; an empty function makes its row log nothing and do nothing,
+/// so the root fills every one.
+struct ShellMenuActions {
+    std::function<void()> openSettings;
+    std::function<bool()> launchAtLogin;        ///< the check mark of the launch-at-login row
+    std::function<void()> toggleLaunchAtLogin;  ///< inverts the setting
 };
 
 /// Owns the tray icon through which the user reaches Orvantis, and its menu. Created by the
@@ -59,6 +70,20 @@ public:
     /// Shows the icon of the first state that applies: missing permission, no second layout,
     /// the red keyboard while keep-awake holds its assertion, else the plain keyboard.
     void renderStatusItem();
+
+    /// Gives the settings and launch-at-login rows their actions and rebuilds the menu.
+    void setShellActions(ShellMenuActions actions);
+    /// The settings row's action: asks the composition root to open or raise the window.
+    void openSettings();
+    /// Shows the help window, 420 by 360, titled "Orvantis Help"; raises it when it is open.
+    /// The window is kept and reused.
+    void openHelp();
+    /// Tells that no update mechanism is built in, in a message box that does not block.
+    void checkForUpdates();
+    /// The help window once opened, else null.
+    QWidget* helpWindow() const { return helpWindow_; }
+    /// The updates notice once shown, else null.
+    QMessageBox* updatesNotice() const { return updatesNotice_; }
 
     /// Gives the Pomodoro rows their actions and rebuilds the menu with them.
     void setPomodoroActions(PomodoroMenuActions actions);
@@ -100,6 +125,8 @@ private:
     void handleClearedWarning();
     void setToolTip(const QString& text);
     void addPomodoroItems(QMenu& menu, const SettingsStrings& strings);
+    void addShellItems(QMenu& menu, const SettingsStrings& strings);
+    void toggleLaunchAtLogin();
 
     std::function<SettingsLanguage()> language_;
     std::function<void()> quit_;
@@ -114,6 +141,9 @@ private:
     StatusIcon statusIcon_ = StatusIcon::keyboard;
     KeyboardIcon::Source iconSource_ = KeyboardIcon::Source::Text;
     PomodoroMenuActions pomodoro_;
+    ShellMenuActions shell_;
+    QWidget* helpWindow_ = nullptr;        ///< owned; a top-level window without a parent
+    QMessageBox* updatesNotice_ = nullptr;  ///< owned; a top-level window without a parent
     PomodoroTimerState pomodoroState_;
     QMenu* menu_ = nullptr;  ///< owned; menus are top-level widgets and take no QObject parent
     Subscription languageChanged_;

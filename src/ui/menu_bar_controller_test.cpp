@@ -3,6 +3,7 @@
 #include <QAction>
 #include <QApplication>
 #include <QMenu>
+#include <QMessageBox>
 #include <QPointer>
 #include <gtest/gtest.h>
 
@@ -17,10 +18,10 @@ protected:
     NotificationCenter notifications_;
 };
 
-TEST_F(MenuBarControllerTest, MenuHoldsOnlyTheQuitItem) {
+TEST_F(MenuBarControllerTest, WithEveryFeatureOffTheMenuHoldsTheShellRowsAndQuit) {
     MenuBarController controller(notifications_,[] { return SettingsLanguage::en; }, [] {});
     ASSERT_NE(controller.menu(), nullptr);
-    ASSERT_EQ(controller.menu()->actions().size(), 1);
+    ASSERT_EQ(controller.menu()->actions().size(), 5);
     QAction* quit = controller.menuItem("menuQuitItem");
     ASSERT_NE(quit, nullptr);
     EXPECT_EQ(quit->text(), QStringLiteral("Quit Orvantis"));
@@ -111,7 +112,7 @@ TEST_F(MenuBarControllerTest, TheBannerLeadsTheMenuWithTheLockIconAndItsToolTip)
     MenuBarController controller(notifications_, [] { return SettingsLanguage::en; }, [] {}, [&] { ++opened; });
     controller.showAccessibilityNeeded();
     const auto actions = controller.menu()->actions();
-    ASSERT_EQ(actions.size(), 3);
+    ASSERT_EQ(actions.size(), 7);
     EXPECT_EQ(actions[0]->text(), QString::fromUtf8("Enable Permissions…"));
     EXPECT_TRUE(actions[1]->isSeparator());
     EXPECT_EQ(controller.statusIcon(), MenuBarController::StatusIcon::permissionsRequired);
@@ -121,8 +122,8 @@ TEST_F(MenuBarControllerTest, TheBannerLeadsTheMenuWithTheLockIconAndItsToolTip)
     EXPECT_EQ(opened, 1);
 
     controller.clearAccessibilityNeeded();
-    ASSERT_EQ(controller.menu()->actions().size(), 1);
-    EXPECT_EQ(controller.menu()->actions()[0]->objectName(), QStringLiteral("menuQuitItem"));
+    ASSERT_EQ(controller.menu()->actions().size(), 5);
+    EXPECT_EQ(controller.menu()->actions()[0]->objectName(), QStringLiteral("menuSettingsItem"));
     EXPECT_EQ(controller.statusIcon(), MenuBarController::StatusIcon::keyboard);
     EXPECT_EQ(controller.statusItem().toolTip(), QStringLiteral("Orvantis"));
 }
@@ -130,14 +131,14 @@ TEST_F(MenuBarControllerTest, TheBannerLeadsTheMenuWithTheLockIconAndItsToolTip)
 TEST_F(MenuBarControllerTest, ClearingAMenuWithoutBannerLeavesItAsItIs) {
     MenuBarController controller(notifications_, [] { return SettingsLanguage::en; }, [] {});
     controller.clearAccessibilityNeeded();
-    EXPECT_EQ(controller.menu()->actions().size(), 1);
+    EXPECT_EQ(controller.menu()->actions().size(), 5);
 }
 
 TEST_F(MenuBarControllerTest, TwoCallsInsertTheBannerTwice) {
     MenuBarController controller(notifications_, [] { return SettingsLanguage::en; }, [] {});
     controller.showAccessibilityNeeded();
     controller.showAccessibilityNeeded();
-    EXPECT_EQ(controller.menu()->actions().size(), 5);
+    EXPECT_EQ(controller.menu()->actions().size(), 9);
 }
 
 TEST_F(MenuBarControllerTest, ALanguageChangeKeepsTheBannerAtTheTopInTheNewLanguage) {
@@ -147,16 +148,17 @@ TEST_F(MenuBarControllerTest, ALanguageChangeKeepsTheBannerAtTheTopInTheNewLangu
     language = SettingsLanguage::ru;
     notifications_.post(orvantisSettingsLanguageChanged);
     const auto actions = controller.menu()->actions();
-    ASSERT_EQ(actions.size(), 3);
+    ASSERT_EQ(actions.size(), 7);
     EXPECT_EQ(actions[0]->text(), QString::fromUtf8("Включить разрешения…"));
-    EXPECT_EQ(actions[2]->text(), QString::fromUtf8("Выйти из Orvantis"));
+    EXPECT_EQ(actions[2]->text(), QString::fromUtf8("Настройки…"));
+    EXPECT_EQ(actions[6]->text(), QString::fromUtf8("Выйти из Orvantis"));
 }
 
 TEST_F(MenuBarControllerTest, ARebuildAfterASaveDropsTheBanner) {
     MenuBarController controller(notifications_, [] { return SettingsLanguage::en; }, [] {});
     controller.showAccessibilityNeeded();
     notifications_.post(orvantisMenuBarNeedsRebuild);
-    EXPECT_EQ(controller.menu()->actions().size(), 1);
+    EXPECT_EQ(controller.menu()->actions().size(), 5);
 }
 
 TEST_F(MenuBarControllerTest, TheNoLayoutWarningShowsUntilASwitchSucceedsAndYieldsToThePermissionBanner) {
@@ -196,14 +198,14 @@ protected:
 
 TEST_F(MenuBarPomodoroTest, TheRowsStandBeforeQuitInTheirIdleForm) {
     const auto actions = controller_.menu()->actions();
-    ASSERT_EQ(actions.size(), 6);
-    EXPECT_EQ(actions[0]->objectName(), QStringLiteral("pomodoroDashboardMenuItem"));
-    EXPECT_EQ(actions[1]->objectName(), QStringLiteral("pomodoroStartItem"));
-    EXPECT_EQ(actions[1]->data().toInt(), 300);
-    EXPECT_EQ(actions[2]->data().toInt(), 301);
-    EXPECT_EQ(actions[3]->data().toInt(), 302);
-    EXPECT_TRUE(actions[4]->isSeparator());
-    EXPECT_EQ(actions[5]->objectName(), QStringLiteral("menuQuitItem"));
+    ASSERT_EQ(actions.size(), 10);
+    EXPECT_EQ(actions[4]->objectName(), QStringLiteral("pomodoroDashboardMenuItem"));
+    EXPECT_EQ(actions[5]->objectName(), QStringLiteral("pomodoroStartItem"));
+    EXPECT_EQ(actions[5]->data().toInt(), 300);
+    EXPECT_EQ(actions[6]->data().toInt(), 301);
+    EXPECT_EQ(actions[7]->data().toInt(), 302);
+    EXPECT_TRUE(actions[8]->isSeparator());
+    EXPECT_EQ(actions[9]->objectName(), QStringLiteral("menuQuitItem"));
     EXPECT_TRUE(visible("pomodoroStartItem"));
     EXPECT_FALSE(visible("pomodoroPauseItem"));
     EXPECT_FALSE(visible("pomodoroStopItem"));
@@ -250,7 +252,7 @@ TEST_F(MenuBarPomodoroTest, PomodoroOffLeavesNoRowsAndTheCountdownStays) {
     controller_.updatePomodoroDisplay(PomodoroTimerState::running(PomodoroPhase::work, 1499));
     enabled_ = false;
     controller_.buildMenu();
-    EXPECT_EQ(controller_.menu()->actions().size(), 1);
+    EXPECT_EQ(controller_.menu()->actions().size(), 5);
     controller_.updatePomodoroDisplay(PomodoroTimerState::running(PomodoroPhase::work, 1498));
     EXPECT_EQ(controller_.statusIcon(), MenuBarController::StatusIcon::pomodoro);
     EXPECT_EQ(controller_.statusItem().toolTip(), QString::fromUtf8("\U0001F345 24:58"));
@@ -299,20 +301,20 @@ TEST_F(MenuBarControllerTest, UtilityRowsStandBeforeQuitOnlyWhenTheirFeaturesAre
     UtilityState state;
     MenuBarController controller(notifications_, [] { return SettingsLanguage::en; }, [] {});
     controller.setSystemUtilityRows(state.rows());
-    EXPECT_EQ(titles(*controller.menu()), (QStringList{"Caffeine", "-", "Lock Keyboard for Cleaning", "-",
+    EXPECT_EQ(titles(*controller.menu()).mid(4), (QStringList{"Caffeine", "-", "Lock Keyboard for Cleaning", "-",
                                                        "Quit Orvantis"}));
     state.lidAlways = true;
     state.lidAlwaysActive = true;
     state.caffeineActive = true;
     controller.buildMenu();
-    EXPECT_EQ(titles(*controller.menu()), (QStringList{"Caffeine", "Keep awake with lid closed", "-",
+    EXPECT_EQ(titles(*controller.menu()).mid(4), (QStringList{"Caffeine", "Keep awake with lid closed", "-",
                                                        "Lock Keyboard for Cleaning", "-", "Quit Orvantis"}));
     EXPECT_TRUE(controller.menuItem("menuCaffeineItem")->isChecked());
     EXPECT_TRUE(controller.menuItem("menuCaffeineLidAlwaysItem")->isChecked());
     state.caffeineEnabled = false;
     state.lockEnabled = false;
     controller.buildMenu();
-    EXPECT_EQ(titles(*controller.menu()), QStringList{"Quit Orvantis"});
+    EXPECT_EQ(titles(*controller.menu()).mid(4), QStringList{"Quit Orvantis"});
 }
 
 TEST_F(MenuBarControllerTest, UtilityRowsRunTheirActionsAndFollowTheLanguage) {
@@ -353,6 +355,143 @@ TEST_F(MenuBarPomodoroTest, TheCountdownHidesTheRedKeepAwakeIcon) {
     EXPECT_EQ(controller_.statusIcon(), MenuBarController::StatusIcon::pomodoro);
     controller_.updatePomodoroDisplay(PomodoroTimerState::idle());
     EXPECT_EQ(controller_.statusIcon(), MenuBarController::StatusIcon::caffeine);
+}
+
+}  // namespace
+}  // namespace orvantis::ui
+
+namespace orvantis::ui {
+namespace {
+
+/// The settings and launch-at-login rows over a plain switch.
+class MenuBarShellTest : public MenuBarControllerTest {
+protected:
+    MenuBarShellTest() {
+        controller_.setShellActions({[this] { ++settingsOpened_; }, [this] { return launchAtLogin_; },
+                                     [this] { launchAtLogin_ = !launchAtLogin_; }});
+    }
+    int settingsOpened_ = 0;
+    bool launchAtLogin_ = false;
+    SettingsLanguage language_ = SettingsLanguage::en;
+    MenuBarController controller_{notifications_, [this] { return language_; }, [] {}};
+};
+
+TEST_F(MenuBarShellTest, TheSettingsAndLaunchAtLoginRowsLeadTheMenu) {
+    const auto actions = controller_.menu()->actions();
+    ASSERT_EQ(titles(*controller_.menu()),
+              (QStringList{QString::fromUtf8("Settings…"), "-", "Launch at login", "-", "Quit Orvantis"}));
+    EXPECT_EQ(actions[2]->data().toInt(), 100);
+    EXPECT_TRUE(actions[2]->isCheckable());
+    EXPECT_FALSE(actions[2]->isChecked());
+    for (QAction* action : actions) EXPECT_TRUE(action->shortcut().isEmpty()) << action->text().toStdString();
+}
+
+TEST_F(MenuBarShellTest, EveryRowInOrderWithAllFeaturesOnInRussian) {
+    language_ = SettingsLanguage::ru;
+    UtilityState utilities;
+    utilities.lidAlways = true;
+    controller_.setSystemUtilityRows(utilities.rows());
+    controller_.setPomodoroActions({[] { return true; }, [] { return PomodoroTimerState(); }, [] {}, [] {}, [] {},
+                                    [] {}});
+    QStringList names;
+    for (QAction* a : controller_.menu()->actions()) names << (a->isSeparator() ? QStringLiteral("-") : a->objectName());
+    EXPECT_EQ(names, (QStringList{"menuSettingsItem", "-", "launchAtLogin", "-", "pomodoroDashboardMenuItem",
+                                  "pomodoroStartItem", "pomodoroPauseItem", "pomodoroStopItem", "-",
+                                  "menuCaffeineItem", "menuCaffeineLidAlwaysItem", "-", "menuKeyboardLockItem", "-",
+                                  "menuQuitItem"}));
+    EXPECT_EQ(controller_.menuItem("menuSettingsItem")->text(), QString::fromUtf8("Настройки…"));
+    EXPECT_EQ(controller_.menuItem("launchAtLogin")->text(), QString::fromUtf8("Запускать при входе в систему"));
+}
+
+TEST_F(MenuBarShellTest, TheSettingsRowCallsTheOpener) {
+    controller_.menuItem("menuSettingsItem")->trigger();
+    EXPECT_EQ(settingsOpened_, 1);
+}
+
+TEST_F(MenuBarShellTest, LaunchAtLoginInvertsTheSettingAndItsCheckMarkInPlace) {
+    QAction* row = controller_.menuItem("launchAtLogin");
+    QMenu* menu = controller_.menu();
+    row->trigger();
+    EXPECT_TRUE(launchAtLogin_);
+    EXPECT_TRUE(row->isChecked());
+    EXPECT_EQ(controller_.menu(), menu) << "the check mark changes in place, not by a rebuild";
+    row->trigger();
+    EXPECT_FALSE(launchAtLogin_);
+    EXPECT_FALSE(row->isChecked());
+    launchAtLogin_ = true;
+    controller_.buildMenu();
+    EXPECT_TRUE(controller_.menuItem("launchAtLogin")->isChecked());
+}
+
+TEST_F(MenuBarShellTest, AMenuBuiltByBuildMenuNeverBeginsWithASeparator) {
+    controller_.clearAccessibilityNeeded();
+    EXPECT_EQ(controller_.menu()->actions().size(), 5);
+    EXPECT_EQ(controller_.menu()->actions().first()->objectName(), QStringLiteral("menuSettingsItem"));
+}
+
+TEST_F(MenuBarShellTest, TheBannerStandsAboveTheSettingsRowAndGoesWithItsSeparator) {
+    controller_.showAccessibilityNeeded();
+    EXPECT_EQ(titles(*controller_.menu()),
+              (QStringList{QString::fromUtf8("Enable Permissions…"), "-", QString::fromUtf8("Settings…"), "-",
+                           "Launch at login", "-", "Quit Orvantis"}));
+    controller_.clearAccessibilityNeeded();
+    EXPECT_EQ(controller_.menu()->actions().first()->objectName(), QStringLiteral("menuSettingsItem"));
+    EXPECT_EQ(controller_.menu()->actions().size(), 5);
+}
+
+TEST_F(MenuBarShellTest, PomodoroRunningAndPermissionLostShowsTheLockNotTheCountdown) {
+    controller_.setPomodoroActions({[] { return true; }, [] { return PomodoroTimerState(); }, [] {}, [] {}, [] {},
+                                    [] {}});
+    controller_.updatePomodoroDisplay(PomodoroTimerState::running(PomodoroPhase::work, 1499));
+    controller_.showAccessibilityNeeded();
+    EXPECT_EQ(controller_.statusIcon(), MenuBarController::StatusIcon::permissionsRequired);
+    EXPECT_NE(controller_.statusItem().toolTip(), QString::fromUtf8("\U0001F345 24:59"));
+}
+
+TEST_F(MenuBarShellTest, HelpOpensOnceAndIsRaisedAgain) {
+    EXPECT_EQ(controller_.helpWindow(), nullptr);
+    controller_.openHelp();
+    QWidget* help = controller_.helpWindow();
+    ASSERT_NE(help, nullptr);
+    EXPECT_TRUE(help->isVisible());
+    EXPECT_EQ(help->windowTitle(), QStringLiteral("Orvantis Help"));
+    EXPECT_EQ(help->size(), QSize(420, 360));
+    help->close();
+    controller_.openHelp();
+    EXPECT_EQ(controller_.helpWindow(), help);
+    EXPECT_TRUE(help->isVisible());
+}
+
+TEST_F(MenuBarShellTest, TheMenuHasNoHelpOrUpdatesRow) {
+    for (QAction* action : controller_.menu()->actions()) {
+        EXPECT_NE(action->text(), QStringLiteral("Help"));
+        EXPECT_NE(action->text(), QString::fromUtf8("Check for Updates…"));
+    }
+}
+
+TEST_F(MenuBarShellTest, CheckForUpdatesTellsInEnglishWithoutBlocking) {
+    language_ = SettingsLanguage::ru;
+    controller_.checkForUpdates();  // returns: the notice does not run a loop of its own
+    ASSERT_NE(controller_.updatesNotice(), nullptr);
+    EXPECT_TRUE(controller_.updatesNotice()->isVisible());
+    EXPECT_EQ(controller_.updatesNotice()->text(), QStringLiteral("Updater not configured"));
+    EXPECT_TRUE(controller_.updatesNotice()->informativeText().contains(QStringLiteral("Rebuild")));
+    EXPECT_EQ(controller_.updatesNotice()->buttons().size(), 1);
+    controller_.updatesNotice()->close();
+}
+
+}  // namespace
+}  // namespace orvantis::ui
+
+namespace orvantis::ui {
+namespace {
+
+TEST_F(MenuBarControllerTest, TheLaunchAtLoginCheckMarkShowsTheSettingNotTheClick) {
+    // A setting that does not change (its write refused) keeps the mark as it was.
+    MenuBarController controller(notifications_, [] { return SettingsLanguage::en; }, [] {});
+    controller.setShellActions({[] {}, [] { return false; }, [] {}});
+    controller.menuItem("launchAtLogin")->trigger();
+    EXPECT_FALSE(controller.menuItem("launchAtLogin")->isChecked());
 }
 
 }  // namespace

@@ -63,12 +63,12 @@ wait_until 5 log_has "caffeine: armed globally via hotkey, duration=indefinite" 
 wait_until 5 has_red_icon || fail "the tray icon did not turn red"
 note "red icon: $(screenshot caffeine-red-icon)"
 
-# The menu: the first item is Caffeine, checked; clicking it disarms.
+# The menu: Caffeine, checked, is the third item after Settings and Launch at login; it disarms.
 click_icon 3
 wait_for_menu "$APP_PID" 5
 sleep 0.3
 note "menu: $(screenshot caffeine-menu-en)"
-xdotool mousemove $((MENU_X + MENU_W / 2)) $((MENU_Y + 14)) sleep 0.1 click 1
+xdotool key --clearmodifiers Down Down Down Return
 wait_until 5 grep -qx "UnInhibit 1" "$calls" || fail "the menu did not give the inhibition back"
 wait_until 5 grep -qx "login1 released idle" "$calls" || fail "the idle inhibitor was kept"
 log_has "caffeine: global arm off via menu" || fail "no off line for the menu"
@@ -77,7 +77,8 @@ wait_until 5 not_red || fail "the icon stayed red"
 # The menu arms again.
 click_icon 3
 wait_for_menu "$APP_PID" 5
-xdotool mousemove $((MENU_X + MENU_W / 2)) $((MENU_Y + 14)) sleep 0.1 click 1
+sleep 0.3
+xdotool key --clearmodifiers Down Down Down Return
 wait_until 5 grep -qx "Inhibit Orvantis|Orvantis Caffeine -> 2" "$calls" || fail "the menu did not inhibit"
 "$ORVANTIS_BIN" caffeine off
 wait_until 5 grep -qx "UnInhibit 2" "$calls" || fail "caffeine off did not give the inhibition back"

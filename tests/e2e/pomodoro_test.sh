@@ -56,12 +56,12 @@ wait_for_tray_icon "$APP_PID" 15
 wait_until 10 log_has "following sleep and wake through the login manager" || fail "logind is not followed"
 [[ $(status) == $'idle\t1\t0' ]] || fail "not idle at start: $(status)"
 
-# Start from the menu: the dashboard item, then Start Pomodoro.
+# Start from the menu: after Settings, Launch at login and the dashboard item, Start Pomodoro.
 click_icon 1
 wait_for_menu "$APP_PID" 5
 sleep 0.3
 note "screenshot: $(screenshot "pomodoro-$LANGUAGE-menu-idle")"
-xdotool key --clearmodifiers Down Down Return
+xdotool key --clearmodifiers Down Down Down Down Return
 wait_until 5 bash -c "[[ \$('$ORVANTIS_BIN' pomodoro status) == running* ]]" || fail "the menu did not start a session: $(status)"
 note "status: $(status)"
 wait_until 5 grep -q on "$ORVANTIS_DESKTOP_DIR/focus.txt" || fail "Focus On did not run"
@@ -120,10 +120,10 @@ if [[ $LANGUAGE == ru ]]; then expected=$'Orvantis\tПерерыв!\tВремя 
 wait_until 5 grep -qxF "$expected" "$NOTES" || fail "the notification did not arrive: $(cat "$NOTES")"
 wait_until 5 grep -q off "$ORVANTIS_DESKTOP_DIR/focus.txt" || fail "Focus Off did not run"
 
-# The dashboard, from the menu's first item.
+# The dashboard, the menu's first Pomodoro item.
 click_icon 1
 wait_for_menu "$APP_PID" 5
-xdotool key --clearmodifiers Down Return
+xdotool key --clearmodifiers Down Down Down Return
 dashboard_window() {
   local window
   for window in $(xdotool search --onlyvisible --pid "$APP_PID" 2>/dev/null); do

@@ -59,6 +59,7 @@ private:
     friend class PomodoroBusService;   // and so does the Pomodoro
     friend class ClipboardBusService;       // exports its object on this connection
     friend class SystemUtilitiesBusService;  // the same
+    friend class ShellBusService;            // and the windows of the shell
 
     Mechanism mechanism_;
     sd_bus* bus_ = nullptr;    ///< owned; closed in the destructor

@@ -1,0 +1,98 @@
+#include "core/shell/hotkey_overlay.h"
+
+#include <utility>
+
+#include "core/events/global_event_monitor_protocol.h"
+#include "core/settings/app_settings.h"
+#include "core/strings/settings_strings.h"
+
+namespace orvantis {
+
+std::string linuxHotkeyName(const HotkeyDescriptor& hotkey) {
+    std::string text;
+    if (hotkey.modifiers & HotkeyDescriptor::kCommand) text += "Ctrl+";
+    if (hotkey.modifiers & HotkeyDescriptor::kControl) text += "Super+";
+    if (hotkey.modifiers & HotkeyDescriptor::kOption) text += "Alt+";
+    if (hotkey.modifiers & HotkeyDescriptor::kShift) text += "Shift+";
+    switch (hotkey.keyCode) {
+        case 36: return text + "Enter";
+        case 48: return text + "Tab";
+        case 51: return text + "Backspace";
+        case 53: return text + "Esc";
+        case 117: return text + "Delete";
+        case 123: return text + "Left";
+        case 124: return text + "Right";
+        case 125: return text + "Down";
+        case 126: return text + "Up";
+        default: return text + HotkeyDescriptor::keyName(hotkey.keyCode);
+    }
+}
+
+namespace HotkeyOverlayEntries {
+
+std::vector<Section> gather(const AppSettings& s, SettingsLanguage language) {
+    const SettingsStrings t = SettingsStrings::make(language);
+    const auto entry = [](const char* icon, std::string_view name, const HotkeyDescriptor& hotkey, bool enabled) {
+        return Entry{icon, std::string(name), linuxHotkeyName(hotkey), enabled};
+    };
+    Section main{std::nullopt,
+                 {
+                     entry("input-keyboard", t.layoutSwitcher, s.hotkey(), s.layoutSwitchEnabled()),
+                     entry("preferences-desktop-locale", t.overlayTranslatorVariants, s.translationHotkey(),
+                           s.translationEnabled()),
+                     entry("preferences-desktop-locale", t.overlayTranslatorDirect, s.directTranslationHotkey(),
+                           s.translationEnabled()),
+                     entry("edit-paste", t.clipboardHistory, s.clipboardHistoryHotkey(), s.clipboardHistoryEnabled()),
+                     entry("alarm-symbolic", t.pomodoroTimer, s.pomodoroHotkey(), s.pomodoroEnabled()),
+                     entry("dialog-password", t.passwordSection, s.passwordHotkey(), s.passwordEnabled()),
+                     entry("insert-text", t.snippetsSection, s.snippetExpanderHotkey(), s.snippetExpanderEnabled()),
+                     entry("tools-check-spelling", t.textTransformerSection, s.textTransformerHotkey(),
+                           s.textTransformerEnabled()),
+                     entry("help-about", t.hintsSection, s.hotkeyOverlayHotkey(), true),
+                 }};
+    Section bonus{std::string(t.bonusSection),
+                  {
+                      entry("system-lock-screen", t.keyboardLockSection, s.keyboardLockHotkey(),
+                            s.keyboardLockEnabled()),
+                      entry("view-hidden", t.menuBarHiderCardTitle, s.menuBarHiderHotkey(), s.menuBarHiderEnabled()),
+                      entry("weather-clear-night", t.caffeineCardTitle, s.caffeineHotkey(), s.caffeineEnabled()),
+                  }};
+    return {std::move(main), std::move(bonus)};
+}
+
+}  // namespace HotkeyOverlayEntries
+
+HotkeyOverlayCoordinator::HotkeyOverlayCoordinator(GlobalEventMonitorProtocol* monitor, const AppSettings& settings,
+                                                   platform::MainLoop& loop,
+                                                   std::function<std::unique_ptr<HotkeyOverlayView>()> makeView)
+    : settings_(settings), loop_(loop), makeView_(std::move(makeView)) {
+    if (monitor != nullptr) {
+        pressed_ = monitor->onHotkeyOverlayPressed([this] { pressed(); });
+        released_ = monitor->onHotkeyOverlayReleased([this] { released(); });
+    }
+}
+
+void HotkeyOverlayCoordinator::pressed() {
+    if (visible_) return;
+    if (!view_ && makeView_) view_ = makeView_();
+    if (!view_) return;
+    // The language and the rows are read now, so the panel is never out of date.
+    const SettingsLanguage language = settings_.settingsLanguage();
+    view_->show(std::string(SettingsStrings::make(language).hotkeyOverlayTitle),
+                HotkeyOverlayEntries::gather(settings_, language));
+    visible_ = true;
+}
+
+void HotkeyOverlayCoordinator::released() {
+    commandTimer_.cancel();
+    if (!visible_) return;
+    if (view_) view_->hide();
+    visible_ = false;
+}
+
+void HotkeyOverlayCoordinator::showForCommand() {
+    pressed();
+    commandTimer_ = loop_.postAfter(kCommandDisplayTime, [this] { released(); });
+}
+
+}  // namespace orvantis

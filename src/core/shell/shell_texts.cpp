@@ -1,0 +1,40 @@
+#include "core/shell/shell_texts.h"
+
+namespace orvantis::shell {
+
+OnboardingTexts OnboardingTexts::make(SettingsLanguage language) {
+    if (language == SettingsLanguage::ru) {
+        return OnboardingTexts{
+            .featureSubtitles = {"Перепечатывает слово, набранное не в той раскладке",
+                                 "Варианты имён идентификаторов и перевод выделенного текста",
+                                 "Всё скопированное — с поиском и закреплением",
+                                 "Рабочие отрезки с перерывами и статистика",
+                                 "Надёжные пароли по горячей клавише",
+                                 "Короткие сокращения разворачиваются в готовый текст",
+                                 "Двадцать пять преобразований текста в одном окне"},
+            .granted = "Разрешено",
+            .missing = "Не разрешено",
+            .checking = "Проверка…",
+            .serviceFound = "Служба уведомлений найдена",
+            .serviceAbsent = "Служба уведомлений не найдена",
+            .serviceAbsentNote = "Без неё Orvantis подаёт звуковой сигнал вместо уведомления.",
+        };
+    }
+    return OnboardingTexts{
+        .featureSubtitles = {"Retypes a word typed in the wrong layout",
+                             "Identifier names and translations of the selected text",
+                             "Everything you copy, with search and pins",
+                             "Focused work stretches with breaks, and statistics",
+                             "Strong passwords on a hotkey",
+                             "Short abbreviations that expand into text",
+                             "Twenty-five text transforms in one window"},
+        .granted = "Granted",
+        .missing = "Not granted",
+        .checking = "Checking…",
+        .serviceFound = "Notification service found",
+        .serviceAbsent = "No notification service found",
+        .serviceAbsentNote = "Without one, Orvantis rings the bell instead of showing a notice.",
+    };
+}
+
+}  // namespace orvantis::shell

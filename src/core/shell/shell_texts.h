@@ -1,0 +1,36 @@
+#pragma once
+
+#include <array>
+#include <string_view>
+
+#include "core/settings/settings_language.h"
+
+namespace orvantis::shell {
+
+/// The updates notice: no update mechanism is built into this version. English in both
+/// interface languages, as it speaks to whoever packages the program.
+inline constexpr std::string_view kUpdaterNotConfiguredMessage = "Updater not configured";
+inline constexpr std::string_view kUpdaterNotConfiguredDetails =
+    "Automatic updates are not integrated yet. To enable them:\n"
+    "1. Add an update framework to the build as a package dependency.\n"
+    "2. Generate signing keys and enter the public key in the build settings.\n"
+    "3. Rebuild Orvantis.\n"
+    "Until then, updates come through the system's package manager.";
+
+/// Texts of the onboarding window beyond the shared string record: the second line of each
+/// feature row and the words of the permission states.
+struct OnboardingTexts {
+    /// In the order of the feature rows: layout switcher, translator, clipboard history,
+    /// Pomodoro, password generator, snippets, text tools.
+    std::array<std::string_view, 7> featureSubtitles;
+    std::string_view granted;        ///< a permission that is there
+    std::string_view missing;        ///< a permission that is not
+    std::string_view checking;       ///< the notification service has not answered yet
+    std::string_view serviceFound;   ///< a notification service answers on the session bus
+    std::string_view serviceAbsent;  ///< none does
+    std::string_view serviceAbsentNote;
+
+    static OnboardingTexts make(SettingsLanguage language);
+};
+
+}  // namespace orvantis::shell
