@@ -10,6 +10,7 @@
 #include <QGuiApplication>
 #include <QSocketNotifier>
 #include <QSystemTrayIcon>
+#include <QTimer>
 
 #include "app/clipboard_bus_export.h"
 #include "app/system_utilities_bus_export.h"
@@ -142,6 +143,9 @@ void AppDelegate::applicationDidFinishLaunching() {
     textTools_ = TextToolsAssembly::create(app, monitor);
     // 15 to 18: the keyboard lock, scroll reversal, the icon hider, keep-awake.
     systemUtilities_ = SystemUtilitiesAssembly::create(app, monitor, menuBarController_.get());
+    // The settings window, opened from the menu and the command line.
+    settingsWindow_ = std::make_unique<SettingsWindowAssembly>(
+        app, SettingsWindowCollaborators{monitor, clipboardMonitor(), systemUtilities_.get()});
     // 19 to 21: the keyboard monitor starts, or the banner asks for permission.
     startKeyboardWatching();
 }
@@ -296,6 +300,10 @@ int runTrayApp(int& argc, char** argv) {
     const auto systemUtilitiesBus = exportSystemUtilitiesOnBus(
         *instance, [&delegate] { return delegate.systemUtilities(); }, [&delegate] { return delegate.settings(); },
         clock, logger.log().app);
+    // Test-only, until the menu has its Settings row: the end-to-end tests open the settings
+    // window at launch with ORVANTIS_E2E_OPEN_SETTINGS=1.
+    if (qEnvironmentVariableIsSet("ORVANTIS_E2E_OPEN_SETTINGS") && delegate.settingsWindow())
+        QTimer::singleShot(0, [&delegate] { delegate.settingsWindow()->openSettings(); });
     // Registered once: runTrayApp runs once per process.
     static const bool exitHookRegistered = std::atexit(endSequenceOnExit) == 0;
     // A display connection of ours that breaks ends the program through the event loop, so

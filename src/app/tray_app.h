@@ -11,6 +11,7 @@
 #include "app/desktop_services.h"
 #include "app/layout_switching_assembly.h"
 #include "app/passwords_assembly.h"
+#include "app/settings_window_assembly.h"
 #include "app/pomodoro_assembly.h"
 #include "app/snippets_assembly.h"
 #include "app/system_utilities_assembly.h"
@@ -81,6 +82,8 @@ public:
     NotificationCenter& notifications() { return notifications_; }
     /// Keep-awake, the keyboard lock and the other system utilities, from launch on.
     SystemUtilitiesAssembly* systemUtilities() const { return systemUtilities_.get(); }
+    /// The settings window's opener, from launch on.
+    SettingsWindowAssembly* settingsWindow() const { return settingsWindow_.get(); }
 
 private:
     void logLaunchBanner();
@@ -109,6 +112,7 @@ private:
     std::unique_ptr<SnippetsAssembly> snippets_;
     std::unique_ptr<TextToolsAssembly> textTools_;
     std::unique_ptr<SystemUtilitiesAssembly> systemUtilities_;
+    std::unique_ptr<SettingsWindowAssembly> settingsWindow_;
     std::unique_ptr<PermissionsManager> permissionsManager_;
     std::unique_ptr<PermissionPolling> permissionPolling_;
 };

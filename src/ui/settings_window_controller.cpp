@@ -21,6 +21,7 @@
 #include <QPushButton>
 #include <QRadioButton>
 #include <QScrollArea>
+#include <QShortcut>
 #include <QSlider>
 #include <QStackedWidget>
 #include <QStyle>
@@ -90,7 +91,13 @@ struct SettingsWindowController::Builder {
         auto* label = new QLabel(q(text));
         label->setWordWrap(true);
         label->setObjectName("caption");
-        label->setStyleSheet("color: palette(mid);");
+        // Secondary text: two thirds of the way from the background to the text colour, so it
+        // reads on light and dark themes alike.
+        QPalette palette = label->palette();
+        const QColor fore = palette.color(QPalette::WindowText), back = palette.color(QPalette::Window);
+        palette.setColor(QPalette::WindowText, QColor((fore.red() * 2 + back.red()) / 3, (fore.green() * 2 + back.green()) / 3,
+                                                      (fore.blue() * 2 + back.blue()) / 3));
+        label->setPalette(palette);
         card->addWidget(label);
         return label;
     }
@@ -115,6 +122,7 @@ struct SettingsWindowController::Builder {
         auto* button = new QPushButton(q(w.form_.buttonTitle(field)));
         button->setObjectName(QString("hotkey:") + q(caseName(field)));
         button->setMinimumWidth(200);
+        button->setMaximumWidth(260);
         QObject::connect(button, &QPushButton::clicked, &w, [this, field] { w.hotkeyButtonClicked(field); });
         layout->addWidget(button);
         auto* warning = new QLabel(q(t.conflictWarning));
@@ -455,6 +463,15 @@ SettingsWindowController::SettingsWindowController(AppSettings& settings, Settin
     };
     root_ = new QVBoxLayout(this);
     root_->setContentsMargins(0, 0, 0, 0);
+    // Ctrl+Page Down and Ctrl+Page Up walk the pages, as in tabbed windows.
+    const auto step = [this](int by) {
+        const int count = static_cast<int>(kAllSettingsSections.size());
+        selectSection(kAllSettingsSections[static_cast<std::size_t>((static_cast<int>(currentSection_) + by + count) % count)]);
+    };
+    connect(new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_PageDown), this), &QShortcut::activated, this,
+            [step] { step(1); });
+    connect(new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_PageUp), this), &QShortcut::activated, this,
+            [step] { step(-1); });
     buildUI();
 }
 
@@ -473,6 +490,12 @@ void SettingsWindowController::buildUI() {
     toolbar_->setMovable(false);
     toolbar_->setToolButtonStyle(Qt::ToolButtonTextUnderIcon);
     toolbar_->setIconSize(QSize(24, 24));
+    // Ten pages must fit 760 pixels in either language: narrow buttons, no extension arrow.
+    toolbar_->setStyleSheet("QToolButton { padding: 2px 0px; margin: 0px; }");
+    toolbar_->layout()->setSpacing(0);
+    QFont small = toolbar_->font();
+    small.setPointSizeF(small.pointSizeF() * 0.9);
+    toolbar_->setFont(small);
     auto* group = new QActionGroup(toolbar_);
     for (const auto section : kAllSettingsSections) {
         const QString label = q(toolbarLabel(section, t));
