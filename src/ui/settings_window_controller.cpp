@@ -472,6 +472,9 @@ SettingsWindowController::SettingsWindowController(AppSettings& settings, Settin
             [step] { step(1); });
     connect(new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_PageUp), this), &QShortcut::activated, this,
             [step] { step(-1); });
+    // Return saves, wherever the focus is; Esc (the Cancel button's shortcut) cancels.
+    connect(new QShortcut(QKeySequence(Qt::Key_Return), this), &QShortcut::activated, this,
+            &SettingsWindowController::saveClicked);
     buildUI();
 }
 
@@ -687,6 +690,11 @@ void SettingsWindowController::hotkeyButtonClicked(HotkeyField field) {
 }
 
 bool SettingsWindowController::eventFilter(QObject* watched, QEvent* event) {
+    if (form_.activeCapture() && event->type() == QEvent::ShortcutOverride) {
+        // While capturing, Return, Esc and the page keys belong to the capture, not to shortcuts.
+        event->accept();
+        return true;
+    }
     if (!form_.activeCapture() || event->type() != QEvent::KeyPress) return QWidget::eventFilter(watched, event);
     auto* key = static_cast<QKeyEvent*>(event);
     std::optional<std::uint16_t> code;

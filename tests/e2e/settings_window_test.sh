@@ -62,4 +62,43 @@ wait_exit "$APP_PID" 10
 run_language ru
 kill "$APP_PID"
 wait_exit "$APP_PID" 10
+
+# A hotkey captured and saved reaches the monitor: the text tools hotkey becomes Super+Alt+Y;
+# the new combination opens the text tools window, the old one (Super+Shift+T) no longer does.
+"$ORVANTIS_BIN" settings set settingsLanguage '"en"' >/dev/null
+ORVANTIS_E2E_OPEN_SETTINGS=1 start_orvantis capture
+wait_until 15 log_has "settings: window opened" || fail "the settings window did not open for the capture"
+window=$(wait_until 10 settings_window >/dev/null && settings_window) || fail "no settings window for the capture"
+xdotool windowmove "$window" 260 100
+focus_window "$window" || fail "the settings window cannot take the focus"
+for _ in 1 2 3 4 5 6 7; do xdotool key ctrl+Next; done  # the text tools page
+sleep 0.4
+xdotool mousemove 850 242 click 1
+wait_until 5 log_has "settings: hotkey capture; the global hotkeys are suspended" || fail "the capture did not start"
+note "capturing: $(screenshot settings-capture-en)"
+xdotool key super+alt+y
+wait_until 5 log_has "settings: hotkey capture ended; the global hotkeys are back" || fail "the capture did not end"
+note "captured: $(screenshot settings-captured-en)"
+xdotool key Return
+wait_until 5 log_has "settings: saved" || fail "Return did not save"
+wait_until 5 no_settings_window || fail "the window stayed after Save"
+[[ $("$ORVANTIS_BIN" settings get textTransformerHotkey) == '{"keyCode":16,"modifiers":786432}' ]] ||
+  fail "the captured hotkey was not stored: $("$ORVANTIS_BIN" settings get textTransformerHotkey)"
+text_tools_window() {
+  local w
+  for w in $(xdotool search --onlyvisible --pid "$APP_PID" 2>/dev/null); do
+    is_top_level "$w" || continue
+    window_geometry "$w" || continue
+    ((GEOMETRY_W == 640)) && { echo "$w"; return 0; }
+  done
+  return 1
+}
+xdotool key super+shift+t
+sleep 1
+text_tools_window >/dev/null && fail "the old hotkey still opens the text tools"
+xdotool key super+alt+y
+wait_until 5 text_tools_window >/dev/null || fail "the new hotkey does not open the text tools"
+kill "$APP_PID"
+wait_exit "$APP_PID" 10
+note "a captured hotkey reaches the monitor"
 note "settings window: every page in both languages; Cancel leaves the file as it was"
