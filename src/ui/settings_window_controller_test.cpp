@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <QApplication>
+#include <chrono>
+#include <iostream>
 #include <QCheckBox>
 #include <QKeyEvent>
 #include <QLabel>
@@ -184,6 +186,41 @@ TEST_F(SettingsWindowTest, AStoredPasswordLengthAboveTheSliderShowsAtItsEnd) {
     EXPECT_EQ(slider->maximum(), 64);
     EXPECT_EQ(slider->value(), 64);
     EXPECT_EQ(w->form().get(s::kPasswordLength), 100);
+}
+
+}  // namespace
+}  // namespace orvantis::ui
+
+namespace orvantis::ui {
+namespace {
+
+double medianMs(std::vector<double> v) {
+    std::sort(v.begin(), v.end());
+    return v[v.size() / 2];
+}
+
+// Opening (window made, first page built and shown) and switching to a page already visited,
+// median of 20 each, on the offscreen platform.
+TEST_F(SettingsWindowTest, OpensWithinItsBudgetAndSwitchesPagesWithinAFrame) {
+    std::vector<double> open, change;
+    for (int i = 0; i < 20; ++i) {
+        const auto start = std::chrono::steady_clock::now();
+        auto w = makeWindow();
+        w->show();
+        w->repaint();
+        open.push_back(std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count());
+        for (const auto section : kAllSettingsSections) w->page(section);
+        const auto switchStart = std::chrono::steady_clock::now();
+        w->selectSection(SettingsSection::bonus);
+        w->repaint();
+        change.push_back(
+            std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - switchStart).count());
+        w->close();
+    }
+    std::cout << "settings window: open median " << medianMs(open) << " ms, page switch median "
+              << medianMs(change) << " ms\n";
+    EXPECT_LT(medianMs(open), 150.0);
+    EXPECT_LT(medianMs(change), 16.0);
 }
 
 }  // namespace
