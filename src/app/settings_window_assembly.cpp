@@ -169,6 +169,10 @@ void SettingsWindowAssembly::openSettings() {
         // Dropped one turn later: the window is still inside its own close event.
         QTimer::singleShot(0, [this] { window_.reset(); });
     });
+    if (window_->form().snippetsUnreadable())
+        services_.logger.log().app.warning(
+            "settings: the stored snippet list does not decode; the table starts empty and the stored "
+            "value is kept unless the table is edited and saved");
     window_->show();
     window_->raise();
     window_->activateWindow();

@@ -457,9 +457,9 @@ SettingsWindowController::SettingsWindowController(AppSettings& settings, Settin
         if (services_.suspendGrabs) services_.suspendGrabs(active);
     };
     form_.onExternalChange = [this] {
-        // Another process changed settings: untouched fields follow; the visible controls are
-        // rebuilt only for the hotkeys, the rest shows the new values at the next page build.
-        refreshHotkeyButtons();
+        // The setting changed elsewhere: untouched fields follow, and the pages are rebuilt from
+        // the form (the user's edits live there and survive).
+        QTimer::singleShot(0, this, [this] { rebuildEverything(); });
     };
     root_ = new QVBoxLayout(this);
     root_->setContentsMargins(0, 0, 0, 0);

@@ -128,8 +128,7 @@ SettingsForm::SettingsForm(AppSettings& settings) : settings_(settings), snippet
     readAll(false);
     original_ = values_;
     storeChanges_ = settings_.store().onChange([this](const std::vector<std::string>&) {
-        readAll(true);
-        if (onExternalChange) onExternalChange();
+        if (readAll(true) && onExternalChange) onExternalChange();
     });
 }
 
@@ -137,7 +136,8 @@ SettingsForm::~SettingsForm() {
     if (activeCapture_ && onCaptureActive) onCaptureActive(false);
 }
 
-void SettingsForm::readAll(bool onlyUntouched) {
+bool SettingsForm::readAll(bool onlyUntouched) {
+    bool changed = false;
     settings::forEach([&](const auto& s) {
         const std::string name(s.name);
         Value fresh = readValue(settings_, s);
@@ -147,6 +147,9 @@ void SettingsForm::readAll(bool onlyUntouched) {
             original_[name] = fresh;
             if (edited_.count(name) != 0) return;
         }
+        auto it = values_.find(name);
+        if (it != values_.end() && it->second == fresh) return;
+        changed = true;
         values_[name] = std::move(fresh);
     });
     const auto raw = settings_.store().dataForKey(SnippetExpander::kKey);
@@ -156,11 +159,13 @@ void SettingsForm::readAll(bool onlyUntouched) {
         if (auto decoded = SnippetExpander::decode(*raw)) stored = std::move(*decoded);
         else unreadable = true;
     }
-    if (!onlyUntouched || edited_.count("snippetEntries") == 0) {
+    if ((!onlyUntouched || edited_.count("snippetEntries") == 0) && snippets_ != stored) {
         snippets_ = stored;
-        snippetsUnreadable_ = unreadable;
+        changed = true;
     }
+    if (!onlyUntouched || edited_.count("snippetEntries") == 0) snippetsUnreadable_ = unreadable;
     originalSnippets_ = std::move(stored);
+    return changed;
 }
 
 const SettingsForm::Value& SettingsForm::value(std::string_view name) const {

@@ -173,7 +173,8 @@ public:
     /// Window-side hooks.
     std::function<void()> onLanguagePreview;
     std::function<void(bool active)> onCaptureActive;
-    /// A field changed because another process changed the setting.
+    /// A field the user had not touched took a new value because the setting changed
+    /// elsewhere (another process, the command line, a sync).
     std::function<void()> onExternalChange;
 
     /// Whether the user changed the field since the form was opened.
@@ -182,7 +183,9 @@ public:
 private:
     const Value& value(std::string_view name) const;
     void edit(std::string_view name, Value v);
-    void readAll(bool onlyUntouched);
+    /// Reads every setting; with `onlyUntouched`, fields the user edited keep their value.
+    /// True when a field's value changed.
+    bool readAll(bool onlyUntouched);
     void finishCapture();
     template <typename Setting>
     void writeIfEdited(const Setting& s);

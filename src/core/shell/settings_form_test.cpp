@@ -364,6 +364,17 @@ TEST_F(SettingsFormTest, AnotherProcessesChangeFlowsIntoUntouchedFieldsAndSaveMe
     EXPECT_EQ(reread.workDurationMinutes(), 40);
 }
 
+TEST_F(SettingsFormTest, AChangeThatLeavesEveryFieldAsItWasIsNoNews) {
+    SettingsForm form(settings_);
+    int notices = 0;
+    form.onExternalChange = [&] { ++notices; };
+    settings_.setMenuBarHiderCollapsed(false);  // the value it already had
+    EXPECT_EQ(notices, 0);
+    settings_.setBreakDurationMinutes(7);
+    EXPECT_EQ(notices, 1);
+    EXPECT_EQ(form.get(s::kBreakDurationMinutes), 7);
+}
+
 TEST_F(SettingsFormTest, LidCloseWithoutAnAppIsSwitchedOffWithItsAlert) {
     SettingsForm form(settings_);
     form.set(s::kCaffeineLidClose, true);
