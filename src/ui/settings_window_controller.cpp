@@ -227,7 +227,8 @@ struct SettingsWindowController::Builder {
         auto* main = card(p, t.layoutSwitcher);
         toggle(main, t.enableLayoutSwitching, s::kLayoutSwitchEnabled);
         hotkeyRow(main, t.hotkey, HotkeyField::layoutSwitch);
-        slider(main, t.delay, s::kSwitchDelayMs, unit("ms"));
+        // The delay's unit is the one text of the page outside the string tables.
+        slider(main, t.delay, s::kSwitchDelayMs, unit(w.form_.language() == SettingsLanguage::ru ? "мс" : "ms"));
         help(p, t.howItWorks, t.helpSwitcherText);
         help(p, t.tips, t.switcherTips);
     }
@@ -237,7 +238,7 @@ struct SettingsWindowController::Builder {
         hotkeyRow(main, t.hotkey, HotkeyField::clipboard);
         slider(main, t.historySize, s::kClipboardHistorySize, [](std::int64_t v) { return std::to_string(v); });
         toggle(main, t.storeNonText, s::kClipboardStoreNonText);
-        auto* persist = card(p, t.clipboardPersist);
+        auto* persist = card(p, {});
         toggle(persist, t.clipboardPersist, s::kClipboardPersistEnabled);
         caption(persist, t.clipboardPersistHint);
         auto* clear = new QPushButton(q(t.clipboardClear));
@@ -305,7 +306,7 @@ struct SettingsWindowController::Builder {
         auto* main = card(p, t.snippetsSection);
         toggle(main, t.snippetsEnable, s::kSnippetExpanderEnabled);
         hotkeyRow(main, t.hotkey, HotkeyField::snippets);
-        auto* tableCard = card(p, t.snippetsSection);
+        auto* tableCard = card(p, {});
         auto* table = new QTableWidget(0, 2);
         table->setObjectName("snippetTable");
         table->setHorizontalHeaderLabels({q(t.snippetsTableShortcut), q(t.snippetsTableExpansion)});
