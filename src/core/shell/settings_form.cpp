@@ -4,7 +4,6 @@
 #include <cmath>
 #include <type_traits>
 
-#include "core/clipboard/uuid.h"
 #include "core/settings/hotkey_names.h"
 
 namespace orvantis {
@@ -202,8 +201,7 @@ void SettingsForm::removeApp(const StringListSetting& list, const std::string& i
 }
 
 std::size_t SettingsForm::addSnippet() {
-    static UuidGenerator generator;
-    snippets_.push_back(SnippetEntry{generator.generate(), {}, {}});
+    snippets_.push_back(SnippetEntry{uuids_.generate(), {}, {}});
     edited_.insert("snippetEntries");
     return snippets_.size() - 1;
 }

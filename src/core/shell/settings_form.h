@@ -11,6 +11,7 @@
 #include <variant>
 #include <vector>
 
+#include "core/clipboard/uuid.h"
 #include "core/settings/app_settings.h"
 #include "core/snippets/snippet_expander.h"
 #include "core/strings/settings_strings.h"
@@ -193,6 +194,7 @@ private:
 
     AppSettings& settings_;
     SnippetExpander snippetStore_;
+    UuidGenerator uuids_;
     std::map<std::string, Value, std::less<>> values_;
     std::map<std::string, Value, std::less<>> original_;
     std::set<std::string, std::less<>> edited_;
