@@ -5,6 +5,7 @@
 // polling scheduled; and at the end the polling, the clipboard's poll and the tap taken down.
 
 #include "app/tray_app.h"
+#include "app/settings_window_assembly.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -634,13 +635,17 @@ std::string logText(AppLogger& logger, const std::filesystem::path& folder) {
     return text;
 }
 
-TEST_F(AppDelegateTest, TheSettingsRowSaysTheWindowIsMissingUntilAnOpenerIsGiven) {
+TEST_F(AppDelegateTest, TheSettingsRowOpensTheSettingsWindowAndRaisesTheOneOpen) {
     completeOnboarding();
     launch();
+    ASSERT_NE(delegate_->settingsWindow(), nullptr);
+    EXPECT_EQ(delegate_->settingsWindow()->window(), nullptr);
     ui::MenuBarController& menu = *delegate_->menuBarController();
     menu.menuItem("menuSettingsItem")->trigger();
-    EXPECT_NE(logText(logger_, home_.path() / "logs").find("settings: the settings window is not built yet"),
-              std::string::npos);
+    auto* window = delegate_->settingsWindow()->window();
+    ASSERT_NE(window, nullptr);
+    menu.menuItem("menuSettingsItem")->trigger();
+    EXPECT_EQ(delegate_->settingsWindow()->window(), window);
     int opened = 0;
     delegate_->setSettingsOpener([&] { ++opened; });
     menu.menuItem("menuSettingsItem")->trigger();

@@ -25,6 +25,8 @@
 #include "core/settings/app_settings.h"
 #include "core/settings/preference_store.h"
 #include "core/settings/setting_properties.h"
+#include "core/settings/hotkey_names.h"
+#include "core/shell/settings_form.h"
 #include "core/text/graphemes.h"
 #include "core/passwords/random_source.h"
 #include "core/text/utf.h"
@@ -42,6 +44,8 @@ constexpr std::string_view kUsage =
     "  orvantis settings list          every setting: name, a tab, its value as JSON\n"
     "  orvantis settings get NAME      the value of one setting as JSON\n"
     "  orvantis settings set NAME JSON write one setting (numbers are kept in their range)\n"
+    "  orvantis settings set HOTKEY Super+Shift+X\n"
+    "                                  a hotkey by its name (Ctrl, Super, Alt, Shift, then the key)\n"
     "  orvantis settings reset NAME    remove the stored value: the default answers again\n"
     "  orvantis convert [--table fixed|system] TEXT\n"
     "                                  what the layout hotkey would retype for TEXT, a word\n"
@@ -119,14 +123,46 @@ private:
     AppSettings settings_;
 };
 
+// `settings set <hotkey> Super+Shift+X`: the name parser and the conflict rule of the
+// settings window's capture. A conflict is a warning: the hotkey is written all the same.
+int setHotkeyByName(const SettingProperty& property, const std::string& name) {
+    const auto parsed = parseLinuxHotkeyName(name);
+    if (const auto* problem = std::get_if<HotkeyParseError>(&parsed)) {
+        std::cerr << "orvantis: " << property.name << ": " << problem->message
+                  << " (write it like Super+Shift+X); nothing was written\n";
+        return 2;
+    }
+    const HotkeyDescriptor hotkey = std::get<HotkeyDescriptor>(parsed);
+    SettingsSession session;
+    const HotkeySetting* setting = nullptr;
+    for (std::size_t i = 0; i < kHotkeyFieldCount; ++i)
+        if (settingOf(static_cast<HotkeyField>(i)).name == property.name) setting = &settingOf(static_cast<HotkeyField>(i));
+    if (setting == nullptr) return usageError("unknown hotkey " + std::string(property.name));
+    SettingsForm form(session.settings());
+    form.set(*setting, hotkey);
+    if (form.checkConflict(hotkey))
+        std::cerr << "orvantis: warning: " << linuxHotkeyName(hotkey)
+                  << (isReservedHotkey(hotkey) ? " is reserved by the system or the desktop"
+                                               : " is already used by another hotkey")
+                  << "; it is stored all the same\n";
+    session.settings().set(*setting, hotkey);
+    std::cout << property.name << '\t' << hotkey.toJson() << '\t' << linuxHotkeyName(hotkey) << '\n';
+    return 0;
+}
+
 int runSettings(const std::vector<std::string>& args) {
     if (args.size() < 2) return usageError("settings needs a command: list, get, set or reset");
     const std::string& command = args[1];
     if (command == "list") {
         if (args.size() != 2) return usageError("settings list takes no arguments");
         SettingsSession session;
-        for (const auto& property : settingProperties())
-            std::cout << property.name << '\t' << toJsonText(property.get(session.settings())) << '\n';
+        for (const auto& property : settingProperties()) {
+            const auto value = property.get(session.settings());
+            std::cout << property.name << '\t' << toJsonText(value);
+            if (property.type == "hotkey")
+                if (auto hotkey = HotkeyDescriptor::fromJson(value.dump())) std::cout << '\t' << linuxHotkeyName(*hotkey);
+            std::cout << '\n';
+        }
         return 0;
     }
     if (command != "get" && command != "set" && command != "reset") {
@@ -151,6 +187,7 @@ int runSettings(const std::vector<std::string>& args) {
         property->reset(session.settings());
         return 0;
     }
+    if (property->type == "hotkey" && !args[3].empty() && args[3].front() != '{') return setHotkeyByName(*property, args[3]);
     const auto value = nlohmann::json::parse(args[3], nullptr, /*allow_exceptions=*/false);
     if (value.is_discarded()) {
         std::cerr << "orvantis: the value for " << property->name << " is not valid JSON\n";

@@ -40,7 +40,8 @@ TEST_F(CommandLineTest, ListPrintsEveryPropertyWithItsJsonValue) {
     const auto r = run({"settings", "list"});
     EXPECT_EQ(r.status, 0);
     EXPECT_EQ(std::count(r.out.begin(), r.out.end(), '\n'), 58);
-    EXPECT_NE(r.out.find("hotkey\t{\"keyCode\":51,\"modifiers\":131072}\n"), std::string::npos);
+    EXPECT_NE(r.out.find("hotkey\t{\"keyCode\":51,\"modifiers\":131072}\tShift+Backspace\n"), std::string::npos);
+    EXPECT_NE(r.out.find("\ntranslationHotkey\t{\"keyCode\":7,\"modifiers\":393216}\tSuper+Shift+X\n"), std::string::npos);
     EXPECT_NE(r.out.find("\nswitchDelayMs\t100\n"), std::string::npos);
     EXPECT_NE(r.out.find("\nsettingsLanguage\t\"en\"\n"), std::string::npos);
     EXPECT_NE(r.out.find("\nclipboardIgnoredApps\t[]\n"), std::string::npos);
@@ -64,6 +65,36 @@ TEST_F(CommandLineTest, SetWritesThroughTheTypedSetterSoNumbersAreClamped) {
     EXPECT_EQ(run({"settings", "get", "hotkey"}).out, "{\"keyCode\":9,\"modifiers\":1179648}\n");
     EXPECT_EQ(run({"settings", "set", "settingsLanguage", "\"ru\""}).status, 0);
     EXPECT_EQ(run({"settings", "get", "settingsLanguage"}).out, "\"ru\"\n");
+}
+
+TEST_F(CommandLineTest, SetTakesAHotkeyByItsLinuxName) {
+    const auto r = run({"settings", "set", "translationHotkey", "Super+Alt+Y"});
+    EXPECT_EQ(r.status, 0) << r.err;
+    EXPECT_EQ(r.out, "translationHotkey\t{\"keyCode\":16,\"modifiers\":786432}\tSuper+Alt+Y\n");
+    EXPECT_TRUE(r.err.empty()) << r.err;
+    EXPECT_EQ(run({"settings", "get", "translationHotkey"}).out, "{\"keyCode\":16,\"modifiers\":786432}\n");
+}
+
+TEST_F(CommandLineTest, SetWarnsOfAConflictAndStoresTheHotkeyAllTheSame) {
+    const auto reserved = run({"settings", "set", "caffeineHotkey", "alt+tab"});
+    EXPECT_EQ(reserved.status, 0);
+    EXPECT_NE(reserved.err.find("Alt+Tab is reserved"), std::string::npos) << reserved.err;
+    const auto twice = run({"settings", "set", "pomodoroHotkey", "Super+Shift+X"});  // the translation hotkey's
+    EXPECT_EQ(twice.status, 0);
+    EXPECT_NE(twice.err.find("Super+Shift+X is already used"), std::string::npos) << twice.err;
+    EXPECT_EQ(run({"settings", "get", "pomodoroHotkey"}).out, "{\"keyCode\":7,\"modifiers\":393216}\n");
+    // The direct translation hotkey is outside the count, as in the settings window.
+    const auto direct = run({"settings", "set", "caffeineHotkey", "Super+Alt+X"});
+    EXPECT_TRUE(direct.err.empty()) << direct.err;
+}
+
+TEST_F(CommandLineTest, SetRefusesABadHotkeyNameAndWritesNothing) {
+    for (const char* name : {"Super", "X", "Super+Hyper+X", "Super+X+Y"}) {
+        const auto r = run({"settings", "set", "translationHotkey", name});
+        EXPECT_EQ(r.status, 2) << name;
+        EXPECT_NE(r.err.find("nothing was written"), std::string::npos) << r.err;
+    }
+    EXPECT_FALSE(std::filesystem::exists(prefs()));
 }
 
 TEST_F(CommandLineTest, ResetBringsTheDefaultBack) {

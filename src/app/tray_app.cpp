@@ -149,6 +149,10 @@ void AppDelegate::applicationDidFinishLaunching() {
     hotkeyOverlay_ = std::make_unique<HotkeyOverlayCoordinator>(monitor, *settings_, loop_, desktop_.makeHotkeyOverlay);
     // 15 to 18: the keyboard lock, scroll reversal, the icon hider, keep-awake.
     systemUtilities_ = SystemUtilitiesAssembly::create(app, monitor, menuBarController_.get());
+    // The settings window, opened from the menu and the command line.
+    settingsWindow_ = std::make_unique<SettingsWindowAssembly>(
+        app, SettingsWindowCollaborators{monitor, clipboardMonitor(), systemUtilities_.get()});
+    settingsOpener_ = [this] { settingsWindow_->openSettings(); };
     // 19 to 21: the keyboard monitor starts, or the banner asks for permission.
     startKeyboardWatching();
 }

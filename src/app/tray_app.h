@@ -12,6 +12,7 @@
 #include "app/desktop_services.h"
 #include "app/layout_switching_assembly.h"
 #include "app/passwords_assembly.h"
+#include "app/settings_window_assembly.h"
 #include "app/pomodoro_assembly.h"
 #include "app/snippets_assembly.h"
 #include "app/system_utilities_assembly.h"
@@ -87,7 +88,7 @@ public:
     /// Opens the settings window, or raises it when it is open: the menu's first row and
     /// `orvantis show settings`. Logs what is missing while no window has been given.
     void openSettings();
-    /// Gives the settings window's opener; the settings window's assembly calls this.
+    /// Replaces what opens the settings window (launch gives the settings window's assembly).
     void setSettingsOpener(std::function<void()> opener) { settingsOpener_ = std::move(opener); }
 
     /// Shows the onboarding window, or raises it when it is open, whether or not onboarding
@@ -103,6 +104,8 @@ public:
 
     /// Keep-awake, the keyboard lock and the other system utilities, from launch on.
     SystemUtilitiesAssembly* systemUtilities() const { return systemUtilities_.get(); }
+    /// The settings window's opener, from launch on.
+    SettingsWindowAssembly* settingsWindow() const { return settingsWindow_.get(); }
 
 private:
     void logLaunchBanner();
@@ -133,6 +136,7 @@ private:
     std::unique_ptr<TextToolsAssembly> textTools_;
     std::unique_ptr<HotkeyOverlayCoordinator> hotkeyOverlay_;
     std::unique_ptr<SystemUtilitiesAssembly> systemUtilities_;
+    std::unique_ptr<SettingsWindowAssembly> settingsWindow_;
     std::unique_ptr<PermissionsManager> permissionsManager_;
     std::unique_ptr<PermissionPolling> permissionPolling_;
     /// The onboarding window and its model while it is open; dropped one turn after it closes.

@@ -4,29 +4,10 @@
 
 #include "core/events/global_event_monitor_protocol.h"
 #include "core/settings/app_settings.h"
+#include "core/settings/hotkey_names.h"
 #include "core/strings/settings_strings.h"
 
 namespace orvantis {
-
-std::string linuxHotkeyName(const HotkeyDescriptor& hotkey) {
-    std::string text;
-    if (hotkey.modifiers & HotkeyDescriptor::kCommand) text += "Ctrl+";
-    if (hotkey.modifiers & HotkeyDescriptor::kControl) text += "Super+";
-    if (hotkey.modifiers & HotkeyDescriptor::kOption) text += "Alt+";
-    if (hotkey.modifiers & HotkeyDescriptor::kShift) text += "Shift+";
-    switch (hotkey.keyCode) {
-        case 36: return text + "Enter";
-        case 48: return text + "Tab";
-        case 51: return text + "Backspace";
-        case 53: return text + "Esc";
-        case 117: return text + "Delete";
-        case 123: return text + "Left";
-        case 124: return text + "Right";
-        case 125: return text + "Down";
-        case 126: return text + "Up";
-        default: return text + HotkeyDescriptor::keyName(hotkey.keyCode);
-    }
-}
 
 namespace HotkeyOverlayEntries {
 

@@ -15,10 +15,6 @@ namespace orvantis {
 class AppSettings;
 class GlobalEventMonitorProtocol;
 
-/// A hotkey as Linux users name it: "Super+Shift+X", "Ctrl+Alt+Backspace". The stored Command
-/// bit is Ctrl, Control is Super, Option is Alt.
-std::string linuxHotkeyName(const HotkeyDescriptor& hotkey);
-
 /// The content of the hotkey overlay, gathered from the settings at each display.
 namespace HotkeyOverlayEntries {
 

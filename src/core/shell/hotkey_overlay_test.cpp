@@ -1,5 +1,7 @@
 #include "core/shell/hotkey_overlay.h"
 
+#include "core/settings/hotkey_names.h"
+
 #include <gtest/gtest.h>
 
 #include <chrono>

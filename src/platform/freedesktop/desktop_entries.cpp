@@ -57,7 +57,7 @@ void DesktopEntries::readFolder(const std::filesystem::path& folder) {
 }
 
 std::optional<DesktopEntry> DesktopEntries::parse(std::string_view id, std::string_view text) {
-    DesktopEntry entry{std::string(id), {}, {}};
+    DesktopEntry entry{std::string(id), {}, {}, {}};
     bool inMainGroup = false, sawMainGroup = false;
     while (!text.empty()) {
         const std::size_t newline = text.find('\n');
@@ -79,6 +79,7 @@ std::optional<DesktopEntry> DesktopEntries::parse(std::string_view id, std::stri
         while (!value.empty() && value.front() == ' ') value.remove_prefix(1);
         if (key == "Name") entry.name = value;
         else if (key == "StartupWMClass") entry.startupWMClass = value;
+        else if (key == "Icon") entry.icon = value;
     }
     if (!sawMainGroup || entry.name.empty()) return std::nullopt;
     return entry;

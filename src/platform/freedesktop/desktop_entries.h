@@ -13,6 +13,7 @@ struct DesktopEntry {
     std::string id;              ///< file name without ".desktop", sub-folders joined by "-"
     std::string name;            ///< the untranslated Name
     std::string startupWMClass;  ///< StartupWMClass, empty when absent
+    std::string icon;            ///< Icon: an icon-theme name or a file path, empty when absent
 };
 
 /// The desktop files of the applications folders, read once at construction: the user's

@@ -20,6 +20,14 @@ TEST(DesktopEntriesTest, ParsesNameAndWindowClassOfTheMainGroupOnly) {
     EXPECT_EQ(entry->startupWMClass, "XTerm");
 }
 
+TEST(DesktopEntriesTest, ReadsTheIconOfTheMainGroup) {
+    const auto entry = DesktopEntries::parse("org.example.Editor", "[Desktop Entry]\nName=Editor\nIcon=accessories-text-editor\n"
+                                                                   "[Desktop Action new]\nIcon=other\n");
+    ASSERT_TRUE(entry.has_value());
+    EXPECT_EQ(entry->icon, "accessories-text-editor");
+    EXPECT_EQ(DesktopEntries::parse("a", "[Desktop Entry]\nName=A\n")->icon, "");
+}
+
 TEST(DesktopEntriesTest, FilesWithoutTheMainGroupOrANameAreSkipped) {
     EXPECT_FALSE(DesktopEntries::parse("a", "Name=Loose\n").has_value());
     EXPECT_FALSE(DesktopEntries::parse("b", "[Desktop Entry]\nExec=b\n").has_value());

@@ -1,0 +1,182 @@
+#include "app/settings_window_assembly.h"
+
+#include <QTimer>
+
+#include "app/system_utilities_assembly.h"
+#include "build_info.h"
+#include "core/clipboard/clipboard_monitor.h"
+#include "core/events/global_event_monitor.h"
+#include "core/events/notification_center.h"
+#include "core/log/app_logger.h"
+#include "core/settings/hotkey_names.h"
+#include "core/utilities/caffeine_coordinator.h"
+#include "core/utilities/keyboard_lock_coordinator.h"
+#include "platform/freedesktop/desktop_entries.h"
+#include "platform/x11/key_positions.h"
+#include "ui/settings_window_controller.h"
+
+namespace orvantis::app {
+namespace {
+
+// Function keys and Print, by X keycode (evdev), beside the typing block of key_positions.h.
+constexpr std::pair<std::uint32_t, std::uint16_t> kFunctionKeys[] = {
+    {67, 122}, {68, 120}, {69, 99}, {70, 118}, {71, 96}, {72, 97}, {73, 98},
+    {74, 100}, {75, 101}, {76, 109}, {95, 103}, {96, 111}, {107, 105}};
+
+std::optional<std::uint16_t> virtualKeyForScanCode(std::uint32_t code) {
+    if (auto key = x11::virtualKeyForXKeycode(code)) return key;
+    for (const auto& [x, virtualKey] : kFunctionKeys)
+        if (x == code) return virtualKey;
+    return std::nullopt;
+}
+
+}  // namespace
+
+/// The save's reach into the running features. Alerts go through the window.
+class SettingsWindowAssembly::SaveTarget final : public SettingsSaveTarget {
+public:
+    SaveTarget(SettingsWindowAssembly& owner, ui::SettingsWindowController& window)
+        : owner_(owner), window_(window), strings_(window.form().strings()) {}
+
+    bool confirmClipboardSyncConsent() override { return window_.askClipboardConsent(); }
+    void setLaunchAtLogin(bool enabled) override {
+        log().info(std::string("settings: launch at login ") + (enabled ? "on" : "off") +
+                   "; the autostart entry is not managed by this build yet");
+    }
+    void postSettingsLanguageChanged() override {
+        owner_.services_.notifications.post(orvantisSettingsLanguageChanged);
+    }
+    void clearClipboardPersistence() override {
+        if (auto* clipboard = owner_.collaborators_.clipboard) clipboard->persistence().clear();
+    }
+    // The scroll reverser, the icon hider and keep-awake observe the store themselves: the
+    // writes of the save reach them without a call.
+    void applyScrollReverser() override {}
+    void updateMenuBarHiderHotkey(const HotkeyDescriptor& hotkey) override {
+        if (auto* monitor = owner_.collaborators_.monitor) monitor->updateMenuBarHiderHotkey(hotkey);
+    }
+    void applyMenuBarHider() override {}
+    void showLidCloseNeedsApp() override {
+        window_.showAlert(strings_.caffeineLidNeedsAppTitle, strings_.caffeineLidNeedsAppBody);
+    }
+    bool provisionLidCloseInteractively() override {
+        auto* utilities = owner_.collaborators_.systemUtilities;
+        return utilities != nullptr && utilities->caffeine().provisionLidCloseInteractively();
+    }
+    bool deprovisionLidClose() override {
+        auto* utilities = owner_.collaborators_.systemUtilities;
+        return utilities != nullptr && utilities->caffeine().deprovisionLidClose();
+    }
+    void showLidCloseRemovalCancelled() override {
+        window_.showAlert(strings_.caffeineLidRemovalCancelledTitle, strings_.caffeineLidRemovalCancelledBody);
+    }
+    void applyCaffeine() override {
+        if (auto* utilities = owner_.collaborators_.systemUtilities) utilities->caffeine().applyState();
+    }
+    bool keyboardLocked() const override {
+        auto* utilities = owner_.collaborators_.systemUtilities;
+        return utilities != nullptr && utilities->keyboardLock() != nullptr && utilities->keyboardLock()->isLocked();
+    }
+    void unlockKeyboard(std::string_view reason) override {
+        if (auto* utilities = owner_.collaborators_.systemUtilities)
+            if (auto* lock = utilities->keyboardLock()) lock->unlock(reason);
+    }
+    void postMenuBarNeedsRebuild() override { owner_.services_.notifications.post(orvantisMenuBarNeedsRebuild); }
+    void updateMonitorHotkey(HotkeyField field, const HotkeyDescriptor& h) override {
+        GlobalEventMonitor* m = owner_.collaborators_.monitor;
+        if (m == nullptr) return;
+        switch (field) {
+            case HotkeyField::layoutSwitch: m->updateHotkey(h); break;
+            case HotkeyField::translation: m->updateTranslationHotkey(h); break;
+            case HotkeyField::directTranslation: m->updateDirectTranslationHotkey(h); break;
+            case HotkeyField::clipboard: m->updateClipboardHistoryHotkey(h); break;
+            case HotkeyField::pomodoro: m->updatePomodoroHotkey(h); break;
+            case HotkeyField::password: m->updatePasswordHotkey(h); break;
+            case HotkeyField::snippets: m->updateSnippetExpanderHotkey(h); break;
+            case HotkeyField::textTransformer: m->updateTextTransformerHotkey(h); break;
+            case HotkeyField::hotkeyOverlay: m->updateHotkeyOverlayHotkey(h); break;
+            case HotkeyField::keyboardLock: m->updateKeyboardLockHotkey(h); break;
+            case HotkeyField::menuBarHider: m->updateMenuBarHiderHotkey(h); break;
+            case HotkeyField::caffeine: m->updateCaffeineHotkey(h); break;
+        }
+    }
+    void setClipboardHistoryMaxSize(int size) override {
+        if (auto* clipboard = owner_.collaborators_.clipboard) clipboard->history().resize(size);
+    }
+    void settingsSyncToggled() override { log().info("settings: settings sync toggled; no sync in this build"); }
+    void clipboardSyncToggled() override { log().info("settings: clipboard sync toggled; no sync in this build"); }
+    void closeWindow() override {
+        log().info("settings: saved");
+        QTimer::singleShot(0, &window_, [w = &window_] { w->close(); });
+    }
+
+private:
+    const LogCategory& log() { return owner_.services_.logger.log().app; }
+
+    SettingsWindowAssembly& owner_;
+    ui::SettingsWindowController& window_;
+    SettingsStrings strings_;
+};
+
+SettingsWindowAssembly::SettingsWindowAssembly(AppServices& services, SettingsWindowCollaborators collaborators)
+    : services_(services), collaborators_(collaborators) {}
+
+SettingsWindowAssembly::~SettingsWindowAssembly() = default;
+
+void SettingsWindowAssembly::suspendGrabs(bool capturing) {
+    GlobalEventMonitor* monitor = collaborators_.monitor;
+    if (monitor == nullptr) return;
+    // The monitor lets go of the keyboard entirely while a capture runs: its grabs would
+    // swallow the very keys being captured, and its hotkeys must not fire meanwhile.
+    if (capturing) {
+        monitorWasRunning_ = monitor->isRunning();
+        if (monitorWasRunning_) monitor->stop();
+        services_.logger.log().app.info("settings: hotkey capture; the global hotkeys are suspended");
+    } else if (monitorWasRunning_) {
+        monitorWasRunning_ = false;
+        monitor->start();
+        services_.logger.log().app.info("settings: hotkey capture ended; the global hotkeys are back");
+    }
+}
+
+void SettingsWindowAssembly::openSettings() {
+    if (window_) {
+        window_->show();
+        window_->raise();
+        window_->activateWindow();
+        return;
+    }
+    ui::SettingsWindowServices ui;
+    ui.installedApps = [] {
+        std::vector<ui::InstalledApp> apps;
+        const freedesktop::DesktopEntries entries;
+        for (const auto& entry : entries.entries()) apps.push_back({entry.id, entry.name, entry.icon});
+        return apps;
+    };
+    ui.virtualKeyForScanCode = virtualKeyForScanCode;
+    ui.suspendGrabs = [this](bool capturing) { suspendGrabs(capturing); };
+    ui.clearClipboardHistory = [this] {
+        if (auto* clipboard = collaborators_.clipboard) {
+            clipboard->history().clear();
+            clipboard->persistence().clear();
+        }
+    };
+    ui.makeSaveTarget = [this](ui::SettingsWindowController& window) -> std::unique_ptr<SettingsSaveTarget> {
+        return std::make_unique<SaveTarget>(*this, window);
+    };
+    ui.version = std::string(build::kVersion) + " (" + build::kBuild + ")";
+    window_ = std::make_unique<ui::SettingsWindowController>(services_.settings, std::move(ui), [this] {
+        // Dropped one turn later: the window is still inside its own close event.
+        QTimer::singleShot(0, [this] { window_.reset(); });
+    });
+    if (window_->form().snippetsUnreadable())
+        services_.logger.log().app.warning(
+            "settings: the stored snippet list does not decode; the table starts empty and the stored "
+            "value is kept unless the table is edited and saved");
+    window_->show();
+    window_->raise();
+    window_->activateWindow();
+    services_.logger.log().app.info("settings: window opened");
+}
+
+}  // namespace orvantis::app

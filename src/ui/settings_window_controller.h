@@ -1,0 +1,111 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <QWidget>
+
+#include "core/shell/settings_form.h"
+
+class QLabel;
+class QPushButton;
+class QStackedWidget;
+class QTableWidget;
+class QToolBar;
+class QVBoxLayout;
+
+namespace orvantis::ui {
+
+/// An installed application as the app lists show it.
+struct InstalledApp {
+    std::string id;    ///< the desktop file id, the identifier the settings keep
+    std::string name;  ///< the name to show
+    std::string icon;  ///< the icon-theme name or file path of its desktop file; may be empty
+};
+
+/// What the window needs beyond the settings; every member may be empty.
+struct SettingsWindowServices {
+    /// The installed applications, for the ignored-apps and keep-awake lists.
+    std::function<std::vector<InstalledApp>()> installedApps;
+    /// The virtual key code of a key by its X keycode (Qt's native scan code), or nullopt.
+    std::function<std::optional<std::uint16_t>(std::uint32_t nativeScanCode)> virtualKeyForScanCode;
+    /// Called with true when a hotkey capture starts and false when it ends: the global grabs
+    /// must be let go meanwhile, or the keys never reach the window.
+    std::function<void(bool capturing)> suspendGrabs;
+    /// Clears the clipboard history and its snapshot at once (outside the form).
+    std::function<void()> clearClipboardHistory;
+    /// Builds the collaborators of a save; the window is passed for its alerts.
+    std::function<std::unique_ptr<SettingsSaveTarget>(class SettingsWindowController&)> makeSaveTarget;
+    /// The program's version, shown on the About page.
+    std::string version;
+};
+
+/// The settings window: a toolbar of ten pages, the page, and Cancel and Save. Every control
+/// edits a SettingsForm; nothing reaches the settings before Save. Pages are built at first
+/// use and kept; a language switch rebuilds everything in the new language at once. Hotkey
+/// buttons capture the next combination, with the global grabs suspended while they do.
+/// Deletes nothing it does not own; `onClosed` runs when the window closes, however it closes.
+/// Main thread only.
+class SettingsWindowController final : public QWidget {
+    Q_OBJECT
+public:
+    SettingsWindowController(AppSettings& settings, SettingsWindowServices services, std::function<void()> onClosed);
+    ~SettingsWindowController() override;
+
+    SettingsForm& form() { return form_; }
+    void selectSection(SettingsSection section);
+    SettingsSection currentSection() const { return currentSection_; }
+    /// The page widget of a section, built now when it was not yet.
+    QWidget* page(SettingsSection section);
+    QToolBar* toolbar() const { return toolbar_; }
+    QPushButton* hotkeyButton(HotkeyField field) const;
+    QLabel* conflictLabel(HotkeyField field) const;
+    QTableWidget* snippetTable() const { return snippetTable_; }
+
+    void saveClicked();
+    void cancelClicked();
+    void hotkeyButtonClicked(HotkeyField field);
+
+    /// Alerts the save sequence asks for.
+    bool askClipboardConsent();
+    void showAlert(std::string_view title, std::string_view body);
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+private:
+    void buildUI();
+    void rebuildEverything();
+    QWidget* buildPage(SettingsSection section);
+    void refreshHotkeyButtons();
+    void refreshSnippets();
+    void rebuildAppList(QVBoxLayout* list, const StringListSetting& setting);
+    void addAppClicked(QVBoxLayout* list, const StringListSetting& setting);
+
+    struct Builder;
+    /// The page builders live as long as their pages: the controls' handlers refer to them.
+    std::vector<std::unique_ptr<Builder>> builders_;
+    AppSettings& settings_;
+    SettingsWindowServices services_;
+    std::function<void()> onClosed_;
+    SettingsForm form_;
+    QToolBar* toolbar_ = nullptr;
+    QStackedWidget* stack_ = nullptr;
+    QVBoxLayout* root_ = nullptr;
+    std::map<SettingsSection, QWidget*> pageCache_;
+    std::map<HotkeyField, QPushButton*> hotkeyButtons_;
+    std::map<HotkeyField, QLabel*> hotkeyConflictLabels_;
+    QTableWidget* snippetTable_ = nullptr;
+    QLabel* snippetEmptyLabel_ = nullptr;
+    QPushButton* snippetRemoveButton_ = nullptr;
+    SettingsSection currentSection_ = SettingsSection::general;
+    bool closing_ = false;
+};
+
+}  // namespace orvantis::ui

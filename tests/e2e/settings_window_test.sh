@@ -1,0 +1,106 @@
+#!/usr/bin/env bash
+# The settings window from outside: opened by `orvantis show settings`,
+# every page screenshotted in English and in Russian (settings-<page>-<lang>.png), Esc
+# (Cancel) after editing leaves the preference file byte for byte as it was, and the window
+# goes without ending the program.
+# shellcheck source-path=SCRIPTDIR source=e2e_lib.sh
+source "$(dirname "$0")/e2e_lib.sh"
+
+desktop_up
+prefs=$XDG_CONFIG_HOME/orvantis/preferences.plist
+pages=(general translator layoutSwitcher clipboard pomodoro password snippets textTransformer bonus about)
+
+# The settings window: a visible top-level window of the program, 760 wide.
+settings_window() {
+  local window
+  for window in $(xdotool search --onlyvisible --pid "$APP_PID" 2>/dev/null); do
+    is_top_level "$window" || continue
+    window_geometry "$window" || continue
+    ((GEOMETRY_W == 760)) || continue
+    echo "$window"
+    return 0
+  done
+  return 1
+}
+no_settings_window() { ! settings_window >/dev/null; }
+
+run_language() {
+  local lang=$1 window page
+  "$ORVANTIS_BIN" settings set settingsLanguage "\"$lang\"" >/dev/null
+  start_orvantis "settings-$lang"
+  wait_until 15 "$ORVANTIS_BIN" show settings 2>/dev/null || fail "orvantis show settings failed ($lang)"
+  wait_until 15 log_has "settings: window opened" || fail "the settings window did not open ($lang)"
+  window=$(wait_until 10 settings_window >/dev/null && settings_window) || fail "no settings window ($lang)"
+  # Centre it so that the pictures show it whole.
+  xdotool windowmove "$window" 260 100
+  focus_window "$window" || fail "the settings window cannot take the focus"
+  for page in "${pages[@]}"; do
+    sleep 0.4
+    note "$page ($lang): $(screenshot "settings-$page-$lang")"
+    xdotool key ctrl+Next
+  done
+}
+
+run_language en
+# Cancel: a slider moved with the keyboard, then Esc; the file stays as it was.
+"$ORVANTIS_BIN" settings get switchDelayMs >/dev/null
+before=$(md5sum "$prefs" 2>/dev/null || echo none)
+window=$(settings_window) || fail "the settings window went away"
+focus_window "$window" || fail "the settings window cannot take the focus"
+xdotool key ctrl+Next ctrl+Next  # the layout switcher page
+sleep 0.3
+xdotool key Tab Tab Tab End
+sleep 0.3
+xdotool key Escape
+wait_until 5 no_settings_window || fail "Esc did not close the settings window"
+sleep 1
+after=$(md5sum "$prefs" 2>/dev/null || echo none)
+[[ $before == "$after" ]] || fail "Cancel changed the preference file"
+process_running "$APP_PID" || fail "closing the settings window ended the program"
+kill "$APP_PID"
+wait_exit "$APP_PID" 10
+
+run_language ru
+kill "$APP_PID"
+wait_exit "$APP_PID" 10
+
+# A hotkey captured and saved reaches the monitor: the text tools hotkey becomes Super+Alt+Y;
+# the new combination opens the text tools window, the old one (Super+Shift+T) no longer does.
+"$ORVANTIS_BIN" settings set settingsLanguage '"en"' >/dev/null
+start_orvantis capture
+wait_until 15 "$ORVANTIS_BIN" show settings 2>/dev/null || fail "orvantis show settings failed for the capture"
+wait_until 15 log_has "settings: window opened" || fail "the settings window did not open for the capture"
+window=$(wait_until 10 settings_window >/dev/null && settings_window) || fail "no settings window for the capture"
+xdotool windowmove "$window" 260 100
+focus_window "$window" || fail "the settings window cannot take the focus"
+for _ in 1 2 3 4 5 6 7; do xdotool key ctrl+Next; done  # the text tools page
+sleep 0.4
+xdotool mousemove 850 242 click 1
+wait_until 5 log_has "settings: hotkey capture; the global hotkeys are suspended" || fail "the capture did not start"
+note "capturing: $(screenshot settings-capture-en)"
+xdotool key super+alt+y
+wait_until 5 log_has "settings: hotkey capture ended; the global hotkeys are back" || fail "the capture did not end"
+note "captured: $(screenshot settings-captured-en)"
+xdotool key Return
+wait_until 5 log_has "settings: saved" || fail "Return did not save"
+wait_until 5 no_settings_window || fail "the window stayed after Save"
+[[ $("$ORVANTIS_BIN" settings get textTransformerHotkey) == '{"keyCode":16,"modifiers":786432}' ]] ||
+  fail "the captured hotkey was not stored: $("$ORVANTIS_BIN" settings get textTransformerHotkey)"
+text_tools_window() {
+  local w
+  for w in $(xdotool search --onlyvisible --pid "$APP_PID" 2>/dev/null); do
+    is_top_level "$w" || continue
+    window_geometry "$w" || continue
+    ((GEOMETRY_W == 640)) && { echo "$w"; return 0; }
+  done
+  return 1
+}
+xdotool key super+shift+t
+sleep 1
+text_tools_window >/dev/null && fail "the old hotkey still opens the text tools"
+xdotool key super+alt+y
+wait_until 5 text_tools_window >/dev/null || fail "the new hotkey does not open the text tools"
+kill "$APP_PID"
+wait_exit "$APP_PID" 10
+note "a captured hotkey reaches the monitor"
+note "settings window: every page in both languages; Cancel leaves the file as it was"
