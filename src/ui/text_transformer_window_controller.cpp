@@ -87,6 +87,13 @@ TransformPickerViewController::TransformPickerViewController(SettingsLanguage la
     searchField_->setFocus();
 }
 
+void TransformPickerViewController::showEvent(QShowEvent* event) {
+    QFrame::showEvent(event);
+    layout()->activate();
+    tableView_->scrollToTop();
+    if (QListWidgetItem* item = tableView_->currentItem()) tableView_->scrollToItem(item);
+}
+
 void TransformPickerViewController::searchChanged() {
     reload();
     if (tableView_->count() > 0) {

@@ -8,6 +8,7 @@
 #include <QListWidget>
 #include <QPlainTextEdit>
 #include <QPushButton>
+#include <QScrollBar>
 #include <QKeyEvent>
 
 #include "core/settings/preference_store.h"
@@ -123,6 +124,25 @@ TEST_F(TextTransformerWindowTest, ThePickerSearchesMovesAndChooses) {
     EXPECT_EQ(status(*w), "Invalid input for Hex (odd length).");
     QApplication::processEvents();
     EXPECT_TRUE(w->picker() == nullptr || !w->picker()->isVisible());
+    w->close();
+}
+
+TEST_F(TextTransformerWindowTest, ThePickerShowsItsListFromTheTopWhenTheCurrentRowIsOnTheFirstPage) {
+    auto w = makeWindow();
+    w->show();
+    w->openPicker();
+    QApplication::processEvents();
+    // Base64 encode, the fifth row, is in view with the four digests above it.
+    EXPECT_EQ(w->picker()->tableView()->currentRow(), 4);
+    EXPECT_EQ(w->picker()->tableView()->verticalScrollBar()->value(), 0);
+    w->picker()->close();
+    // The last transform is scrolled into view.
+    w->selectTransform(TextTransform::count);
+    w->openPicker();
+    QApplication::processEvents();
+    QListWidget* list = w->picker()->tableView();
+    EXPECT_EQ(list->currentRow(), 24);
+    EXPECT_TRUE(list->viewport()->rect().contains(list->visualItemRect(list->currentItem())));
     w->close();
 }
 
