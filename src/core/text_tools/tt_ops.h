@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -25,6 +26,42 @@ std::string runBase64Encode(std::string_view text);
 /// added, then strict decoding. Bytes that are not UTF-8 come back as "(non-UTF8) " and hex.
 /// Throws `TransformError("Base64")`.
 std::string runBase64Decode(std::string_view text);
+/// Receives a result in pieces, in order.
+using PieceSink = std::function<void(std::string_view piece)>;
+/// runBase64Encode given in pieces, for a result too large to hold at once: together the
+/// pieces are runBase64Encode(text), and none is much larger than `pieceSize`.
+void runBase64EncodeInPieces(std::string_view text, const PieceSink& sink, std::size_t pieceSize = 1 << 18);
+/// The decoding of runBase64Decode for a text that arrives in pieces, given in pieces as it is
+/// made. Takes text of the plain form: the Base64 alphabet (either form), blanks and line
+/// breaks anywhere, and '=' only at the end (with blanks and breaks among them). On such text,
+/// the pieces given are together the bytes that runBase64Decode decodes, before its check for
+/// UTF-8. Anything else (a tab, an '=' with more after it, a character outside the alphabet, a
+/// wrong number of '=') makes add() or finish() answer false, and nothing more is given: the
+/// whole transform then gives its error.
+class Base64PieceDecoder {
+public:
+    explicit Base64PieceDecoder(PieceSink sink);
+    /// The next piece of the text. False once the text has left the plain form.
+    bool add(std::string_view piece);
+    /// The end of the text: decodes the last characters with their padding. False when the text
+    /// has left the plain form or its end does not decode.
+    bool finish();
+
+private:
+    PieceSink sink_;
+    std::string compacted_;
+    std::string decoded_;
+    std::size_t carried_ = 0;  ///< characters of an unfinished group, at the start of compacted_
+    std::string padding_;      ///< the '=' seen so far; only more of them may follow
+    bool failed_ = false;
+};
+
+/// runBase64Decode given in pieces, for a result too large to hold at once. On text of the
+/// plain form (see Base64PieceDecoder) whose bytes are UTF-8, the pieces are together
+/// runBase64Decode(text), and the answer is true. For any other text it gives nothing and
+/// answers false; runBase64Decode then gives the result, the hex form or the error. Reads
+/// `text` twice: once to check, once to give.
+bool runBase64DecodeInPieces(std::string_view text, const PieceSink& sink, std::size_t pieceSize = 1 << 18);
 /// Percent-encodes every scalar outside Unicode's letters, marks and numbers and `-._~`.
 std::string runUrlEncode(std::string_view text);
 /// Replaces `%XX`; the input comes back as it is when a `%` is malformed or the bytes are not
