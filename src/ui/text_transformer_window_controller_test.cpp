@@ -3,6 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <QApplication>
+#include <QClipboard>
+#include <QTextCursor>
+#include <QTextDocument>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
@@ -175,6 +178,27 @@ TEST_F(TextTransformerWindowTest, ALongResultIsShownInPiecesAndCopiedWhole) {
     w->inputTextView()->setPlainText("{\"a\":1}");
     w->selectTransform(TextTransform::jsonPretty);
     EXPECT_EQ(output(*w), "{\n  \"a\" : 1\n}");
+}
+
+TEST_F(TextTransformerWindowTest, ShortResultLinesAreShownInFewBlocksAndReadBackAsLines) {
+    auto w = makeWindow();
+    std::string input;
+    for (int i = 0; i < 20000; ++i) input += "line " + std::to_string(i) + "\n";
+    w->inputTextView()->setPlainText(QString::fromStdString(input));
+    w->selectTransform(TextTransform::upper);
+    const std::string result = applyTransform(TextTransform::upper, input);
+    // A block per line costs most of the time of showing a megabyte; about 4,096 characters a
+    // block instead.
+    EXPECT_LE(w->outputTextView()->document()->blockCount(), static_cast<int>(result.size() / 4096 + 2));
+    EXPECT_EQ(output(*w), result);
+    // What the user copies out of the view has its line ends.
+    QTextCursor cursor(w->outputTextView()->document());
+    cursor.setPosition(0);
+    cursor.movePosition(QTextCursor::Down, QTextCursor::KeepAnchor, 3);
+    cursor.movePosition(QTextCursor::EndOfLine, QTextCursor::KeepAnchor);
+    w->outputTextView()->setTextCursor(cursor);
+    w->outputTextView()->copy();
+    EXPECT_EQ(QApplication::clipboard()->text().toStdString(), "LINE 0\nLINE 1\nLINE 2\nLINE 3");
 }
 
 TEST_F(TextTransformerWindowTest, ClosingTellsTheOwner) {
