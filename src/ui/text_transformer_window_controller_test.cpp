@@ -199,6 +199,9 @@ TEST_F(TextTransformerWindowTest, ShortResultLinesAreShownInFewBlocksAndReadBack
     w->outputTextView()->setTextCursor(cursor);
     w->outputTextView()->copy();
     EXPECT_EQ(QApplication::clipboard()->text().toStdString(), "LINE 0\nLINE 1\nLINE 2\nLINE 3");
+    // A result of a few lines keeps a block a line, as the accessibility interface reads them.
+    w->inputTextView()->setPlainText("a\nb\nc");
+    EXPECT_EQ(w->outputTextView()->document()->blockCount(), 3);
 }
 
 TEST_F(TextTransformerWindowTest, ClosingTellsTheOwner) {

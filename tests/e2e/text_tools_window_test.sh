@@ -7,7 +7,9 @@
 # in the status line and an empty result; corrected, Copy puts the result on the clipboard and
 # `orvantis clipboard list` shows that the history took it. The window's texts are read from the
 # accessibility bus, as a screen reader reads them; no clipboard text reaches the log.
-# Screenshots: text-tools-<en|ru>-open.png, -picker.png, -search.png, -error.png, -copied.png.
+# Last, the count shows a result of four lines.
+# Screenshots: text-tools-<en|ru>-open.png, -picker.png, -search.png, -error.png, -copied.png,
+# -lines.png.
 # shellcheck source-path=SCRIPTDIR source=e2e_lib.sh
 source "$(dirname "$0")/e2e_lib.sh"
 
@@ -49,9 +51,10 @@ click_widget() {
   xdotool mousemove $centre sleep 0.1 click 1
 }
 
-# run_in LANGUAGE TITLE BASE64-NAME HEX-NAME SEARCH COPY-LABEL
+# run_in LANGUAGE TITLE BASE64-NAME HEX-NAME SEARCH COPY-LABEL COUNT-SEARCH, with the count's
+# labels in COUNT_LABELS.
 run_in() {
-  local lang=$1 title=$2 base64_name=$3 hex_name=$4 search=$5 copy_label=$6
+  local lang=$1 title=$2 base64_name=$3 hex_name=$4 search=$5 copy_label=$6 count_search=$7
   note "interface language $lang"
   "$ORVANTIS_BIN" settings set settingsLanguage "\"$lang\"" || fail "could not set the language"
   start_orvantis "$lang"
@@ -126,6 +129,20 @@ run_in() {
   sleep 0.2
   note "copied: $(screenshot "text-tools-$lang-copied")"
 
+  # A result of several lines, the count of the input: characters, words, lines and bytes.
+  click_widget "push button" "$hex_name"
+  wait_until 3 picker_up || fail "no picker the second time"
+  xdotool type --delay 60 "$count_search"
+  sleep 0.2
+  xdotool key Return
+  wait_until 3 picker_gone || fail "the picker stayed open after choosing the count"
+  local counted
+  counted=$(printf '%s%s\n%s1\n%s1\n%s%s' "${COUNT_LABELS[0]}" "${#hex}" "${COUNT_LABELS[1]}" "${COUNT_LABELS[2]}" \
+    "${COUNT_LABELS[3]}" "${#hex}")
+  wait_until 3 result_is "$counted" || fail "the count shows '$(result_text)', not '$counted'"
+  sleep 0.2
+  note "lines: $(screenshot "text-tools-$lang-lines")"
+
   for secret in "$copied" "$word" "$hex" "$expected"; do
     log_text | grep -qF -- "$secret" && fail "the log shows text of the window: $secret"
   done
@@ -134,6 +151,8 @@ run_in() {
   [[ $EXIT_STATUS == 0 ]] || fail "exit status $EXIT_STATUS"
 }
 
-run_in en "Text Tools" "Base64 encode" "Hex decode" "decode" "Copy Result"
-run_in ru "Текстовые инструменты" "Base64 — закодировать" "Hex — декодировать" "декод" "Скопировать результат"
+COUNT_LABELS=("Characters:  " "Words:       " "Lines:       " "UTF-8 bytes: ")
+run_in en "Text Tools" "Base64 encode" "Hex decode" "decode" "Copy Result" "count"
+COUNT_LABELS=("Символов:    " "Слов:        " "Строк:       " "Байт (UTF-8): ")
+run_in ru "Текстовые инструменты" "Base64 — закодировать" "Hex — декодировать" "декод" "Скопировать результат" "подсч"
 note "PASS"
