@@ -160,10 +160,12 @@ int runBase64OnFile(TextTransform transform, RereadableStandardInput& file, std:
             err << kNotUtf8;
             return 2;
         }
-        if (!file.forEachPiece(kPiece, [&](std::string_view piece) { TTOps::runBase64EncodeInPieces(piece, write, kPiece * 2); })) {
+        TTOps::Base64PieceEncoder encoder(write);
+        if (!file.forEachPiece(kPiece, [&](std::string_view piece) { encoder.add(piece); })) {
             err << kUnreadable;
             return 2;
         }
+        encoder.finish();
         out.flush();
         return 0;
     }

@@ -386,15 +386,44 @@ std::string runBase64Encode(std::string_view text) {
     return out;
 }
 
-void runBase64EncodeInPieces(std::string_view text, const PieceSink& sink, std::size_t pieceSize) {
-    // Whole groups of three bytes in every piece but the last, so that no padding falls inside.
-    const std::size_t step = std::max<std::size_t>(pieceSize / 4 * 3, 3);
-    std::string buffer((step + 2) / 3 * 4, '\0');
-    for (std::size_t offset = 0; offset < text.size(); offset += step) {
-        const std::string_view bytes = text.substr(offset, step);
-        encodeBase64(reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size(), buffer.data());
-        sink(std::string_view(buffer.data(), (bytes.size() + 2) / 3 * 4));
+Base64PieceEncoder::Base64PieceEncoder(PieceSink sink) : sink_(std::move(sink)) {}
+
+void Base64PieceEncoder::add(std::string_view bytes) {
+    // Whole groups of three only, so that no padding falls inside; the rest waits.
+    const std::size_t fromCarried = carried_.empty() ? 0 : std::min(3 - carried_.size(), bytes.size());
+    carried_.append(bytes.substr(0, fromCarried));
+    bytes.remove_prefix(fromCarried);
+    const std::size_t whole = (carried_.size() == 3 ? 3 : 0) + bytes.size() / 3 * 3;
+    if (whole == 0) {
+        carried_.append(bytes);  // fewer than three bytes in all
+        return;
     }
+    if (buffer_.size() < whole / 3 * 4) buffer_.resize(whole / 3 * 4);
+    char* out = buffer_.data();
+    if (carried_.size() == 3) {
+        encodeBase64(reinterpret_cast<const unsigned char*>(carried_.data()), 3, out);
+        out += 4;
+        carried_.clear();
+    }
+    const std::size_t groups = bytes.size() / 3 * 3;
+    encodeBase64(reinterpret_cast<const unsigned char*>(bytes.data()), groups, out);
+    sink_(std::string_view(buffer_.data(), whole / 3 * 4));
+    carried_.assign(bytes.substr(groups));
+}
+
+void Base64PieceEncoder::finish() {
+    if (carried_.empty()) return;
+    char last[4];
+    encodeBase64(reinterpret_cast<const unsigned char*>(carried_.data()), carried_.size(), last);
+    carried_.clear();
+    sink_(std::string_view(last, 4));
+}
+
+void runBase64EncodeInPieces(std::string_view text, const PieceSink& sink, std::size_t pieceSize) {
+    Base64PieceEncoder encoder(sink);
+    const std::size_t step = std::max<std::size_t>(pieceSize / 4 * 3, 1);
+    for (std::size_t offset = 0; offset < text.size(); offset += step) encoder.add(text.substr(offset, step));
+    encoder.finish();
 }
 
 namespace {

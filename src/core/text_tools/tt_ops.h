@@ -28,6 +28,22 @@ std::string runBase64Encode(std::string_view text);
 std::string runBase64Decode(std::string_view text);
 /// Receives a result in pieces, in order.
 using PieceSink = std::function<void(std::string_view piece)>;
+/// runBase64Encode of a text that arrives in pieces of any size, given in pieces as it is made,
+/// through one buffer that is kept: together the pieces given are runBase64Encode of the whole.
+class Base64PieceEncoder {
+public:
+    explicit Base64PieceEncoder(PieceSink sink);
+    /// The next bytes of the text.
+    void add(std::string_view bytes);
+    /// The end of the text: the last bytes with their padding.
+    void finish();
+
+private:
+    PieceSink sink_;
+    std::string buffer_;
+    std::string carried_;  ///< up to two bytes of an unfinished group
+};
+
 /// runBase64Encode given in pieces, for a result too large to hold at once: together the
 /// pieces are runBase64Encode(text), and none is much larger than `pieceSize`.
 void runBase64EncodeInPieces(std::string_view text, const PieceSink& sink, std::size_t pieceSize = 1 << 18);
