@@ -142,16 +142,17 @@ int runWhole(TextTransform transform, std::string_view input, std::ostream& out,
 
 constexpr std::string_view kUnreadable = "orvantis: transform: the input cannot be read\n";
 
-/// Base64 of a file on standard input, written in pieces as it is made. The file is read twice:
-/// first to check it (encoding: that it is UTF-8; decoding: that it decodes in pieces, to
-/// UTF-8), then to write. What can't be decoded in pieces goes to the whole transform.
-int runBase64OnFile(TextTransform transform, RereadableStandardInput& file, std::istream& in, std::ostream& out,
-                    std::ostream& err) {
+/// Base64 either way and hex encoding of a file on standard input, written in pieces as they are
+/// made. The file is read twice: first to check it (encoding: that it is UTF-8; decoding: that
+/// it decodes in pieces, to UTF-8), then to write. What can't be decoded in pieces goes to the
+/// whole transform.
+int runInPiecesOnFile(TextTransform transform, RereadableStandardInput& file, std::istream& in, std::ostream& out,
+                      std::ostream& err) {
     constexpr std::size_t kPiece = 3 << 16;  // whole groups of three bytes
     const auto write = [&out](std::string_view piece) { out.write(piece.data(), static_cast<std::streamsize>(piece.size())); };
     text::Utf8Stream utf8;
     bool valid = true;
-    if (transform == TextTransform::base64Encode) {
+    if (transform == TextTransform::base64Encode || transform == TextTransform::hexEncode) {
         if (!file.forEachPiece(kPiece, [&](std::string_view piece) { valid = valid && utf8.add(piece); })) {
             err << kUnreadable;
             return 2;
@@ -161,7 +162,12 @@ int runBase64OnFile(TextTransform transform, RereadableStandardInput& file, std:
             return 2;
         }
         TTOps::Base64PieceEncoder encoder(write);
-        if (!file.forEachPiece(kPiece, [&](std::string_view piece) { encoder.add(piece); })) {
+        std::string hex;
+        const bool read = file.forEachPiece(kPiece, [&](std::string_view piece) {
+            if (transform == TextTransform::hexEncode) write(TTOps::runHexEncodeInto(piece, hex));
+            else encoder.add(piece);
+        });
+        if (!read) {
             err << kUnreadable;
             return 2;
         }
@@ -185,22 +191,29 @@ int runBase64OnFile(TextTransform transform, RereadableStandardInput& file, std:
     return 0;
 }
 
-/// Base64 either way, with the result written in pieces as it is made: a large result is never
-/// held whole. A file on standard input is read in pieces too; other input is held whole, since
-/// decoding needs to know that all its bytes are UTF-8 before it gives any. An input that can't
-/// be decoded in pieces goes to the whole transform.
-int runBase64InPieces(TextTransform transform, std::istream& in, std::ostream& out, std::ostream& err) {
+/// Base64 either way and hex encoding, with the result written in pieces as it is made: a large
+/// result is never held whole. A file on standard input is read in pieces too; other input is
+/// held whole, since decoding needs to know that all its bytes are UTF-8 before it gives any.
+/// An input that can't be decoded in pieces goes to the whole transform.
+int runInPieces(TextTransform transform, std::istream& in, std::ostream& out, std::ostream& err) {
     if (&in == &std::cin) {
-        if (RereadableStandardInput file; file.usable()) return runBase64OnFile(transform, file, in, out, err);
+        if (RereadableStandardInput file; file.usable()) return runInPiecesOnFile(transform, file, in, out, err);
     }
     const std::string input = readAll(in);
     const auto write = [&out](std::string_view piece) { out.write(piece.data(), static_cast<std::streamsize>(piece.size())); };
-    if (transform == TextTransform::base64Encode) {
+    if (transform == TextTransform::base64Encode || transform == TextTransform::hexEncode) {
         if (!text::isValidUtf8(input)) {
             err << kNotUtf8;
             return 2;
         }
-        TTOps::runBase64EncodeInPieces(input, write);
+        if (transform == TextTransform::base64Encode) {
+            TTOps::runBase64EncodeInPieces(input, write);
+        } else {
+            std::string hex;
+            for (std::size_t offset = 0; offset < input.size(); offset += 1 << 17) {
+                write(TTOps::runHexEncodeInto(std::string_view(input).substr(offset, 1 << 17), hex));
+            }
+        }
     } else if (!TTOps::runBase64DecodeInPieces(input, write)) {
         return runWhole(transform, input, out, err, nullptr);
     }
@@ -227,7 +240,8 @@ int runTransformCommand(const std::vector<std::string>& args, std::istream& in, 
     case TextTransform::sha256: return runStreamingHash(TTOps::HashAlgorithm::sha256, in, out, err);
     case TextTransform::sha512: return runStreamingHash(TTOps::HashAlgorithm::sha512, in, out, err);
     case TextTransform::base64Encode:
-    case TextTransform::base64Decode: return runBase64InPieces(*transform, in, out, err);
+    case TextTransform::base64Decode:
+    case TextTransform::hexEncode: return runInPieces(*transform, in, out, err);
     default: break;
     }
     return runWhole(*transform, readAll(in), out, err, language);

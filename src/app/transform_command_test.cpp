@@ -134,6 +134,12 @@ TEST(TransformCommandTest, LargeInputPassesWhole) {
     const Result r = run({"transform", "hexEncode"}, input);
     EXPECT_EQ(r.status, 0);
     EXPECT_EQ(r.out.size(), input.size() * 2);
+    // Hex is written in pieces: the same as the whole, with the pieces' ends inside a letter.
+    std::string mixed;
+    while (mixed.size() < (1u << 19)) mixed += "aé😀";
+    EXPECT_EQ(run({"transform", "hexEncode"}, mixed).out, applyTransform(TextTransform::hexEncode, mixed));
+    EXPECT_EQ(run({"transform", "hexEncode"}, mixed + "\xff").status, 2);
+    EXPECT_EQ(run({"transform", "hexEncode"}, mixed + "\xff").out, "");
 }
 
 }  // namespace

@@ -75,8 +75,13 @@ status=0
 "$ORVANTIS_BIN" transform base64Decode <"$work/bad.b64" >"$work/out" 2>"$work/err" || status=$?
 [[ $status == 1 && ! -s $work/out ]] || fail "base64Decode of a bad file exited $status with $(wc -c <"$work/out") bytes out"
 cmp -s "$work/err" <(printf 'Invalid input for Base64.\n') || fail "message: $(cat "$work/err")"
+"$ORVANTIS_BIN" transform hexEncode <"$work/text" >"$work/hex"
+cmp -s "$work/hex" <(basenc --base16 -w 0 "$work/text" | tr 'A-F' 'a-f') || fail "hexEncode of the file differs from basenc"
 { head -c 4000000 "$work/text"; printf '\xff'; } >"$work/not-utf8"
 status=0
 "$ORVANTIS_BIN" transform base64Encode <"$work/not-utf8" >"$work/out" 2>"$work/err" || status=$?
 [[ $status == 2 && ! -s $work/out ]] || fail "base64Encode of a file that is not UTF-8 exited $status with $(wc -c <"$work/out") bytes out"
+status=0
+"$ORVANTIS_BIN" transform hexEncode <"$work/not-utf8" >"$work/out" 2>"$work/err" || status=$?
+[[ $status == 2 && ! -s $work/out ]] || fail "hexEncode of a file that is not UTF-8 exited $status with $(wc -c <"$work/out") bytes out"
 note "PASS"

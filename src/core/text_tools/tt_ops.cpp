@@ -60,13 +60,8 @@ struct HexTable {
 };
 constexpr HexTable kHexTable;
 
-void appendHex(std::string& out, std::string_view bytes) {
-    const std::size_t start = out.size();
-    if (start == 0) out = largeString(bytes.size() * 2, '0');
-    else out.resize(start + bytes.size() * 2);
-    char* dst = out.data() + start;
-    const auto* src = reinterpret_cast<const unsigned char*>(bytes.data());
-    const std::size_t n = bytes.size();
+/// Writes two lower-case hex digits for each of the `n` bytes at `src` to `dst`.
+void writeHex(const unsigned char* src, std::size_t n, char* dst) {
     std::size_t i = 0;
     if constexpr (std::endian::native == std::endian::little) {
         // Eight bytes at a time: sixteen digits in two stores.
@@ -85,6 +80,13 @@ void appendHex(std::string& out, std::string_view bytes) {
         dst[2 * i] = kHexDigits[src[i] >> 4];
         dst[2 * i + 1] = kHexDigits[src[i] & 15];
     }
+}
+
+void appendHex(std::string& out, std::string_view bytes) {
+    const std::size_t start = out.size();
+    if (start == 0) out = largeString(bytes.size() * 2, '0');
+    else out.resize(start + bytes.size() * 2);
+    writeHex(reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size(), out.data() + start);
 }
 
 /// The decoded bytes as text, or "(non-UTF8) " and their hex when they are not UTF-8.
@@ -668,6 +670,12 @@ std::string runHexEncode(std::string_view text) {
     std::string out;
     appendHex(out, text);
     return out;
+}
+
+std::string_view runHexEncodeInto(std::string_view bytes, std::string& buffer) {
+    if (buffer.size() < bytes.size() * 2) buffer.resize(bytes.size() * 2);
+    writeHex(reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size(), buffer.data());
+    return std::string_view(buffer.data(), bytes.size() * 2);
 }
 
 std::string runHexDecode(std::string_view text) {

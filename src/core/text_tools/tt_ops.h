@@ -85,6 +85,9 @@ std::string runUrlEncode(std::string_view text);
 std::string runUrlDecode(std::string_view text);
 /// Two lower-case hex digits per byte.
 std::string runHexEncode(std::string_view text);
+/// runHexEncode of `bytes` written into `buffer`, which grows as needed and is kept by the
+/// caller for the next piece of a long text; the view is of `buffer`.
+std::string_view runHexEncodeInto(std::string_view bytes, std::string& buffer);
 /// Hex to bytes after dropping blanks, line breaks, tabs, "0x" and colons. Throws
 /// `TransformError("Hex (odd length)")` or `TransformError("Hex")`.
 std::string runHexDecode(std::string_view text);
