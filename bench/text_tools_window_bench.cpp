@@ -31,6 +31,14 @@ std::string oneMegabyteFor(TextTransform transform) {
     case TextTransform::urlDecode: return applyTransform(TextTransform::urlEncode, s);
     case TextTransform::unicodeUnescape: return applyTransform(TextTransform::unicodeEscape, s);
     case TextTransform::htmlUnescape: return applyTransform(TextTransform::htmlEscape, s).substr(0, 1u << 20);
+    case TextTransform::jsonPretty:
+    case TextTransform::jsonMinify: {
+        std::string json = "[";
+        while (json.size() < (1u << 20)) json += R"({"name":"мир 😀","n":[1,2.5,null,true],"path":"a/b"},)";
+        return json + "0]";
+    }
+    case TextTransform::unixToISO: return "1700000000.123";
+    case TextTransform::isoToUnix: return "2023-11-14T22:13:20.123Z";
     default: return s;
     }
 }
