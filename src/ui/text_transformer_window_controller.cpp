@@ -31,10 +31,13 @@ QString qs(std::string_view text) { return QString::fromUtf8(text.data(), static
 /// a longer line is shown in pieces of this size, which look the same wrapped. And it spends
 /// most of the time of showing a text on making a block of every line (35 ms for the 17,000
 /// lines of a megabyte), so in a result of many lines short lines are gathered into blocks of
-/// about this size, apart by line separators, which look the same as line ends and read back as
-/// them (the accessibility interface, though, reads the separators as they are, which is why a
-/// result of fewer lines keeps a block a line). Copy takes the result itself.
+/// up to kGatheredBlock characters, apart by line separators, which look the same as line ends
+/// and read back as them (the accessibility interface, though, reads the separators as they
+/// are, which is why a result of fewer lines keeps a block a line). A block is laid out whole
+/// when any of it is in view, hence gathered blocks smaller than the pieces. Copy takes the
+/// result itself.
 constexpr qsizetype kShownBlock = 4096;
+constexpr qsizetype kGatheredBlock = 1024;
 /// Up to this many lines, each line of the result is a block of its own (about 4 ms to show).
 constexpr qsizetype kBlockALineUpTo = 2000;
 
@@ -45,7 +48,7 @@ QString shownText(const std::string& result) {
     qsizetype blockLength = -1;  // characters in the block being filled; -1 before the first line
     const bool gather = text.count(QLatin1Char('\n')) >= kBlockALineUpTo;
     auto addLine = [&](QStringView line) {
-        if (gather && blockLength >= 0 && blockLength + 1 + line.size() <= kShownBlock) {
+        if (gather && blockLength >= 0 && blockLength + 1 + line.size() <= kGatheredBlock) {
             shown += QChar(QChar::LineSeparator);
             blockLength += 1 + line.size();
         } else {

@@ -187,9 +187,9 @@ TEST_F(TextTransformerWindowTest, ShortResultLinesAreShownInFewBlocksAndReadBack
     w->inputTextView()->setPlainText(QString::fromStdString(input));
     w->selectTransform(TextTransform::upper);
     const std::string result = applyTransform(TextTransform::upper, input);
-    // A block per line costs most of the time of showing a megabyte; about 4,096 characters a
+    // A block per line costs most of the time of showing a megabyte; about 1,024 characters a
     // block instead.
-    EXPECT_LE(w->outputTextView()->document()->blockCount(), static_cast<int>(result.size() / 4096 + 2));
+    EXPECT_LE(w->outputTextView()->document()->blockCount(), static_cast<int>(result.size() / 1000 + 2));
     EXPECT_EQ(output(*w), result);
     // What the user copies out of the view has its line ends.
     QTextCursor cursor(w->outputTextView()->document());
