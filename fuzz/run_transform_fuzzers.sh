@@ -7,7 +7,8 @@
 # BUILD_DIR is a clang build configured with -DORVANTIS_BUILD_FUZZERS=ON. Each program keeps its
 # work corpus in BUILD_DIR/fuzz/corpus/transform_NAME (seeded from fuzz/corpus/transform_NAME) and
 # writes crash, leak and timeout inputs to LOG_DIR/NAME-*. At the end a table gives, per transform,
-# the executions, the coverage (edges and features), the corpus size and the findings.
+# the executions, the coverage (edges and features), the corpus size and the findings. With
+# SUMMARY_ONLY=1 it only prints that table from the logs already in LOG_DIR.
 set -u
 here=$(cd "$(dirname "$0")" && pwd)
 build=${1:?build directory}
@@ -23,6 +24,7 @@ mkdir -p "$logs"
 logs=$(cd "$logs" && pwd)
 
 for t in "${transforms[@]}"; do
+  [[ ${SUMMARY_ONLY:-0} == 1 ]] && break
   program="$build/fuzz/transform_${t}_fuzz"
   nice -n 19 ninja -C "$build" -j1 "transform_${t}_fuzz" >"$logs/$t.build.log" 2>&1 || {
     echo "$t: build failed, see $logs/$t.build.log"; continue; }
