@@ -295,6 +295,9 @@ TEST(TextTransformTest, JsonMinifyKeepsKeyOrder) {
     EXPECT_EQ(run(T::jsonMinify, "{\n  \"b\" : 1,\n  \"a\" : [ \"x/y\", \"😀\" ]\n}"), R"({"b":1,"a":["x/y","😀"]})");
     EXPECT_EQ(run(T::jsonMinify, "\"Привет\""), "\"Привет\"");
     EXPECT_EQ(run(T::jsonMinify, "{}"), "{}");
+    // Every escape, at the start, in the middle and at the end of strings and keys.
+    EXPECT_EQ(run(T::jsonMinify, R"(["\"q\"b\\s/\b\f\n\r\t\u0001\u001f é 😀\\",{"k\"":"x","\t":""}])"),
+              R"(["\"q\"b\\s/\b\f\n\r\t\u0001\u001f é 😀\\",{"k\"":"x","\t":""}])");
     EXPECT_EQ(errorOf(T::jsonMinify, "{"), "Invalid input for JSON.");
 }
 
