@@ -46,6 +46,6 @@ for t in "${transforms[@]}"; do
   edges=$(sed -n 's/.* cov: \([0-9]*\).*/\1/p' <<<"$last")
   features=$(sed -n 's/.* ft: \([0-9]*\).*/\1/p' <<<"$last")
   corpus=$(sed -n 's/.* corp: \([0-9]*\/[0-9a-zA-Z]*\).*/\1/p' <<<"$last")
-  findings=$(ls "$logs/$t-"* 2>/dev/null | wc -l)
+  findings=$(find "$logs" -maxdepth 1 -name "$t-*" | wc -l)
   printf '%-16s %12s %8s %8s %8s %s\n' "$t" "${execs:-?}" "${edges:-?}" "${features:-?}" "${corpus:-?}" "$findings"
 done

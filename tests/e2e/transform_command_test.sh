@@ -58,6 +58,7 @@ cmp -s "$work/back" "$work/text" || fail "base64Decode of the wrapped form diffe
 # Base64 of a file on standard input is read and written in pieces: the same bytes as through
 # a pipe, from where the input stands, and the whole transform's outcome where the pieces
 # can't give it.
+# shellcheck disable=SC2002  # a pipe, not the file, on purpose
 cat "$work/text" | "$ORVANTIS_BIN" transform base64Encode >"$work/b64-pipe"
 cmp -s "$work/b64-pipe" "$work/b64" || fail "base64Encode of a pipe differs from that of the file"
 base64 "$work/text" >"$work/wrapped"
