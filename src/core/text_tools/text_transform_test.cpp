@@ -166,6 +166,13 @@ TEST(TextTransformTest, Base64DecodeInPiecesDeclinesAllButThePlainForm) {
     EXPECT_EQ(decodedInPieces(" \n", 4), "");
 }
 
+TEST(TextTransformTest, HtmlUnescapeOfAReferenceBeyondUnicodeIsTheReplacementCharacter) {
+    // Found by the fuzzer: the parser let a stray byte out for a reference that overflows.
+    EXPECT_EQ(run(T::htmlUnescape, "a&#x1Faaaaaaaaaaaaaaaaaaaaa;b"), "a\uFFFDb");
+    EXPECT_EQ(run(T::htmlUnescape, "<ple>ip;&#x1Faaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaa"), "ip;\uFFFD");
+    EXPECT_EQ(run(T::htmlUnescape, "a&#x110000;b&#99999999999;c"), "a\uFFFDb\uFFFDc");
+}
+
 TEST(TextTransformTest, UrlEncode) {
     EXPECT_EQ(run(T::urlEncode, "a b&c/d"), "a%20b%26c%2Fd");
     EXPECT_EQ(run(T::urlEncode, "привет мир"), "привет%20мир");
