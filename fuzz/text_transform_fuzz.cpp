@@ -1,8 +1,8 @@
 // libFuzzer target for the text tools' transforms that parse their input. Built once per
 // transform, with ORVANTIS_FUZZ_TRANSFORM set to its case name; any bytes go in. Besides not
 // crashing, leaking or overflowing the stack, a transform may only fail with TransformError,
-// and what comes out must keep its promises: well-formed UTF-8 from well-formed input, and the
-// round trip with the opposite transform.
+// and what comes out must keep its promises: well-formed UTF-8 from well-formed input, the
+// round trip with the opposite transform, and for Base64 the same result when decoded in pieces.
 
 #include <cstddef>
 #include <cstdint>
@@ -11,6 +11,7 @@
 
 #include "core/text/utf.h"
 #include "core/text_tools/text_transform.h"
+#include "core/text_tools/tt_ops.h"
 
 namespace {
 
@@ -51,6 +52,16 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
     switch (t) {
     case TextTransform::base64Decode:
+        // Decoding in pieces, at any cut, gives the whole transform's result or declines.
+        for (std::size_t piece : {std::size_t{1}, std::size_t{3}, std::size_t{7}, size / 2 + 1}) {
+            std::string joined;
+            if (orvantis::TTOps::runBase64DecodeInPieces(input, [&](std::string_view p) { joined.append(p); }, piece)) {
+                require(out.has_value() && joined == *out);
+            } else {
+                require(joined.empty());
+            }
+        }
+        [[fallthrough]];
     case TextTransform::hexDecode:
         if (out) {
             require(isValidUtf8(*out));

@@ -25,6 +25,8 @@ packages=(
   # the virtual desktop of the end-to-end tests and of the headless run
   xvfb xauth x11-xkb-utils x11-utils x11-apps xdotool xclip xterm trayer imagemagick xbindkeys zenity openbox python3
   dbus-daemon dbus-bin procps
+  # gdbus: the end-to-end tests read windows from the accessibility bus with it
+  libglib2.0-bin
 )
 
 missing=()

@@ -1,8 +1,11 @@
 #include "app/transform_command.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdint>
+#include <functional>
 #include <iostream>
+#include <string>
 #include <string_view>
 
 #include "core/text/utf.h"
@@ -56,52 +59,53 @@ std::string readAll(std::istream& in) {
     return data;
 }
 
-/// Checks UTF-8 that arrives in pieces: a sequence cut by the end of a piece is kept for the
-/// next one.
-class Utf8Stream {
+constexpr std::string_view kNotUtf8 = "orvantis: transform: the input is not valid UTF-8\n";
+
+/// Standard input that is a regular file, read in pieces from where it stands, as often as
+/// needed, without moving its position: a large input is never held whole, and no fresh memory
+/// is touched for it (on a large input the kernel's clearing of new pages costs more than the
+/// transform).
+class RereadableStandardInput {
 public:
-    /// False as soon as the text so far cannot be UTF-8.
-    bool add(std::string_view piece) {
-        std::string_view rest = piece;
-        if (!pending_.empty()) {
-            // Complete the cut sequence with the first bytes of this piece.
-            const std::size_t take = std::min<std::size_t>(4 - pending_.size(), rest.size());
-            pending_.append(rest.substr(0, take));
-            const text::CodePoint c = text::decodeCodePoint(pending_, 0);
-            if (c.valid) {
-                rest.remove_prefix(c.length - (pending_.size() - take));
-                pending_.clear();
-            } else if (pending_.size() < 4 && take == rest.size()) {
-                return true;  // still too short to judge
-            } else {
-                return false;
-            }
-        }
-        // Keep back a lead byte whose sequence this piece does not finish.
-        std::size_t cut = rest.size();
-        for (std::size_t back = 1; back <= 3 && back <= rest.size(); ++back) {
-            const auto byte = static_cast<unsigned char>(rest[rest.size() - back]);
-            if ((byte & 0xC0) == 0x80) continue;
-            const std::size_t length = byte >= 0xF0 ? 4 : byte >= 0xE0 ? 3 : byte >= 0xC0 ? 2 : 1;
-            if (length > back) cut = rest.size() - back;
-            break;
-        }
-        pending_.assign(rest.substr(cut));
-        return text::isValidUtf8(rest.substr(0, cut));
+    RereadableStandardInput() {
+        struct stat status {};
+        if (::fstat(STDIN_FILENO, &status) != 0 || !S_ISREG(status.st_mode)) return;
+        start_ = ::lseek(STDIN_FILENO, 0, SEEK_CUR);
     }
-    /// True when no sequence is left unfinished.
-    bool finish() const { return pending_.empty(); }
+    /// False when standard input is no regular file.
+    bool usable() const { return start_ >= 0; }
+    /// Calls `sink` with each piece of `size` bytes from the start (the last one shorter) and
+    /// answers true; false when a read fails.
+    bool forEachPiece(std::size_t size, const std::function<void(std::string_view)>& sink) {
+        if (buffer_.size() < size) buffer_.resize(size);
+        off_t offset = start_;
+        while (true) {
+            std::size_t filled = 0;
+            while (filled < size) {
+                const ssize_t n = ::pread(STDIN_FILENO, buffer_.data() + filled, size - filled, offset);
+                if (n < 0 && errno == EINTR) continue;
+                if (n < 0) return false;
+                if (n == 0) break;
+                filled += static_cast<std::size_t>(n);
+                offset += n;
+            }
+            if (filled > 0) sink(std::string_view(buffer_.data(), filled));
+            if (filled < size) return true;
+        }
+    }
 
 private:
-    std::string pending_;
+    off_t start_ = -1;
+    std::string buffer_;
 };
 
 /// A digest of standard input read in pieces, so that a large input is never held whole.
 int runStreamingHash(TTOps::HashAlgorithm algorithm, std::istream& in, std::ostream& out, std::ostream& err) {
     TTOps::IncrementalHash hash(algorithm);
-    Utf8Stream utf8;
-    std::string buffer(1 << 20, '\0');
+    text::Utf8Stream utf8;
     bool valid = true;
+    constexpr std::size_t kPiece = 1 << 20;
+    std::string buffer(kPiece, '\0');
     while (in) {
         in.read(buffer.data(), static_cast<std::streamsize>(buffer.size()));
         const std::string_view piece(buffer.data(), static_cast<std::size_t>(in.gcount()));
@@ -109,10 +113,110 @@ int runStreamingHash(TTOps::HashAlgorithm algorithm, std::istream& in, std::ostr
         hash.update(piece);
     }
     if (!valid || !utf8.finish()) {
-        err << "orvantis: transform: the input is not valid UTF-8\n";
+        err << kNotUtf8;
         return 2;
     }
     out << hash.hex();
+    out.flush();
+    return 0;
+}
+
+/// The transform of the whole input, written at once.
+int runWhole(TextTransform transform, std::string_view input, std::ostream& out, std::ostream& err,
+             const std::function<SettingsLanguage()>& language) {
+    if (!text::isValidUtf8(input)) {
+        err << kNotUtf8;
+        return 2;
+    }
+    try {
+        const SettingsLanguage lang = transform == TextTransform::count && language ? language() : SettingsLanguage::en;
+        const std::string result = applyTransform(transform, input, lang);
+        out.write(result.data(), static_cast<std::streamsize>(result.size()));
+        out.flush();
+    } catch (const TransformError& error) {
+        err << error.errorDescription() << '\n';
+        return 1;
+    }
+    return 0;
+}
+
+constexpr std::string_view kUnreadable = "orvantis: transform: the input cannot be read\n";
+
+/// Base64 either way and hex encoding of a file on standard input, written in pieces as they are
+/// made. The file is read twice: first to check it (encoding: that it is UTF-8; decoding: that
+/// it decodes in pieces, to UTF-8), then to write. What can't be decoded in pieces goes to the
+/// whole transform.
+int runInPiecesOnFile(TextTransform transform, RereadableStandardInput& file, std::istream& in, std::ostream& out,
+                      std::ostream& err) {
+    constexpr std::size_t kPiece = 3 << 16;  // whole groups of three bytes
+    const auto write = [&out](std::string_view piece) { out.write(piece.data(), static_cast<std::streamsize>(piece.size())); };
+    text::Utf8Stream utf8;
+    bool valid = true;
+    if (transform == TextTransform::base64Encode || transform == TextTransform::hexEncode) {
+        if (!file.forEachPiece(kPiece, [&](std::string_view piece) { valid = valid && utf8.add(piece); })) {
+            err << kUnreadable;
+            return 2;
+        }
+        if (!valid || !utf8.finish()) {
+            err << kNotUtf8;
+            return 2;
+        }
+        TTOps::Base64PieceEncoder encoder(write);
+        std::string hex;
+        const bool read = file.forEachPiece(kPiece, [&](std::string_view piece) {
+            if (transform == TextTransform::hexEncode) write(TTOps::runHexEncodeInto(piece, hex));
+            else encoder.add(piece);
+        });
+        if (!read) {
+            err << kUnreadable;
+            return 2;
+        }
+        encoder.finish();
+        out.flush();
+        return 0;
+    }
+    TTOps::Base64PieceDecoder check([&](std::string_view piece) { valid = valid && utf8.add(piece); });
+    bool plain = true;
+    if (!file.forEachPiece(kPiece, [&](std::string_view piece) { plain = plain && check.add(piece); })) {
+        err << kUnreadable;
+        return 2;
+    }
+    if (!plain || !check.finish() || !valid || !utf8.finish()) return runWhole(transform, readAll(in), out, err, nullptr);
+    TTOps::Base64PieceDecoder decoder(write);
+    if (!file.forEachPiece(kPiece, [&](std::string_view piece) { decoder.add(piece); }) || !decoder.finish()) {
+        err << kUnreadable;
+        return 2;
+    }
+    out.flush();
+    return 0;
+}
+
+/// Base64 either way and hex encoding, with the result written in pieces as it is made: a large
+/// result is never held whole. A file on standard input is read in pieces too; other input is
+/// held whole, since decoding needs to know that all its bytes are UTF-8 before it gives any.
+/// An input that can't be decoded in pieces goes to the whole transform.
+int runInPieces(TextTransform transform, std::istream& in, std::ostream& out, std::ostream& err) {
+    if (&in == &std::cin) {
+        if (RereadableStandardInput file; file.usable()) return runInPiecesOnFile(transform, file, in, out, err);
+    }
+    const std::string input = readAll(in);
+    const auto write = [&out](std::string_view piece) { out.write(piece.data(), static_cast<std::streamsize>(piece.size())); };
+    if (transform == TextTransform::base64Encode || transform == TextTransform::hexEncode) {
+        if (!text::isValidUtf8(input)) {
+            err << kNotUtf8;
+            return 2;
+        }
+        if (transform == TextTransform::base64Encode) {
+            TTOps::runBase64EncodeInPieces(input, write);
+        } else {
+            std::string hex;
+            for (std::size_t offset = 0; offset < input.size(); offset += 1 << 17) {
+                write(TTOps::runHexEncodeInto(std::string_view(input).substr(offset, 1 << 17), hex));
+            }
+        }
+    } else if (!TTOps::runBase64DecodeInPieces(input, write)) {
+        return runWhole(transform, input, out, err, nullptr);
+    }
     out.flush();
     return 0;
 }
@@ -135,24 +239,12 @@ int runTransformCommand(const std::vector<std::string>& args, std::istream& in, 
     case TextTransform::sha1: return runStreamingHash(TTOps::HashAlgorithm::sha1, in, out, err);
     case TextTransform::sha256: return runStreamingHash(TTOps::HashAlgorithm::sha256, in, out, err);
     case TextTransform::sha512: return runStreamingHash(TTOps::HashAlgorithm::sha512, in, out, err);
+    case TextTransform::base64Encode:
+    case TextTransform::base64Decode:
+    case TextTransform::hexEncode: return runInPieces(*transform, in, out, err);
     default: break;
     }
-    const std::string input = readAll(in);
-    if (!text::isValidUtf8(input)) {
-        err << "orvantis: transform: the input is not valid UTF-8\n";
-        return 2;
-    }
-    try {
-        const SettingsLanguage lang =
-            *transform == TextTransform::count && language ? language() : SettingsLanguage::en;
-        const std::string result = applyTransform(*transform, input, lang);
-        out.write(result.data(), static_cast<std::streamsize>(result.size()));
-        out.flush();
-    } catch (const TransformError& error) {
-        err << error.errorDescription() << '\n';
-        return 1;
-    }
-    return 0;
+    return runWhole(*transform, readAll(in), out, err, language);
 }
 
 }  // namespace orvantis::app

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "core/text_tools/text_transform.h"
+#include "core/text_tools/tt_ops.h"
 
 namespace orvantis::app {
 namespace {
@@ -101,11 +102,44 @@ TEST(TransformCommandTest, DigestsReadTheInputInPieces) {
     EXPECT_EQ(run({"transform", "sha1"}, std::string(3u << 20, 'a') + "\xff").status, 2);
 }
 
+TEST(TransformCommandTest, Base64IsWrittenInPiecesWithTheWholeTransformsOutcome) {
+    // Larger than a piece, with a letter of four bytes across the ends of pieces.
+    std::string text;
+    while (text.size() < (1u << 20)) text += "Hello, мир 😀 e\u0301\n";
+    const std::string encoded = applyTransform(TextTransform::base64Encode, text);
+    EXPECT_EQ(run({"transform", "base64Encode"}, text).out, encoded);
+    std::string wrapped;
+    for (std::size_t i = 0; i < encoded.size(); i += 76) wrapped += encoded.substr(i, 76) + "\n";
+    const Result decoded = run({"transform", "base64Decode"}, wrapped);
+    EXPECT_EQ(decoded.status, 0);
+    EXPECT_EQ(decoded.out, text);
+    // Bytes that are not UTF-8 come back whole in hex; a bad character is the error, with
+    // nothing written.
+    const std::string binary = std::string(1u << 19, 'a') + "\xff";
+    std::string binaryBase64;
+    binaryBase64 = TTOps::runBase64Encode(binary);
+    EXPECT_EQ(run({"transform", "base64Decode"}, binaryBase64).out, applyTransform(TextTransform::base64Decode, binaryBase64));
+    EXPECT_EQ(run({"transform", "base64Decode"}, binaryBase64).out.rfind("(non-UTF8) 6161", 0), 0u);
+    const Result bad = run({"transform", "base64Decode"}, wrapped + "\t");
+    EXPECT_EQ(bad.status, 1);
+    EXPECT_EQ(bad.out, "");
+    EXPECT_EQ(bad.err, "Invalid input for Base64.\n");
+    const Result notUtf8 = run({"transform", "base64Encode"}, text + "\xff");
+    EXPECT_EQ(notUtf8.status, 2);
+    EXPECT_EQ(notUtf8.out, "");
+}
+
 TEST(TransformCommandTest, LargeInputPassesWhole) {
     const std::string input(5 * 1024 * 1024 + 7, 'z');
     const Result r = run({"transform", "hexEncode"}, input);
     EXPECT_EQ(r.status, 0);
     EXPECT_EQ(r.out.size(), input.size() * 2);
+    // Hex is written in pieces: the same as the whole, with the pieces' ends inside a letter.
+    std::string mixed;
+    while (mixed.size() < (1u << 19)) mixed += "aé😀";
+    EXPECT_EQ(run({"transform", "hexEncode"}, mixed).out, applyTransform(TextTransform::hexEncode, mixed));
+    EXPECT_EQ(run({"transform", "hexEncode"}, mixed + "\xff").status, 2);
+    EXPECT_EQ(run({"transform", "hexEncode"}, mixed + "\xff").out, "");
 }
 
 }  // namespace

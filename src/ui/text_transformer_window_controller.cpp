@@ -26,31 +26,54 @@ namespace {
 
 QString qs(std::string_view text) { return QString::fromUtf8(text.data(), static_cast<int>(text.size())); }
 
-/// Lines of the result longer than this are shown in pieces of this many characters: Qt's text
-/// view lays out one long line in time that grows with its square (two minutes for the Base64
-/// of a megabyte), and pieces of this size look the same wrapped. Copy takes the result itself.
-constexpr qsizetype kShownLinePiece = 4096;
+/// The result view holds blocks of at most this many characters. Qt's text view lays out one
+/// long line in time that grows with its square (two minutes for the Base64 of a megabyte), so
+/// a longer line is shown in pieces of this size, which look the same wrapped. And it spends
+/// most of the time of showing a text on making a block of every line (35 ms for the 17,000
+/// lines of a megabyte), so in a result of many lines short lines are gathered into blocks of
+/// up to kGatheredBlock characters, apart by line separators, which look the same as line ends
+/// and read back as them (the accessibility interface, though, reads the separators as they
+/// are, which is why a result of fewer lines keeps a block a line). A block is laid out whole
+/// when any of it is in view, hence gathered blocks smaller than the pieces. Copy takes the
+/// result itself.
+constexpr qsizetype kShownBlock = 4096;
+constexpr qsizetype kGatheredBlock = 1024;
+/// Up to this many lines, each line of the result is a block of its own (about 4 ms to show).
+constexpr qsizetype kBlockALineUpTo = 2000;
 
 QString shownText(const std::string& result) {
-    QString text = QString::fromUtf8(result.data(), static_cast<qsizetype>(result.size()));
+    const QString text = QString::fromUtf8(result.data(), static_cast<qsizetype>(result.size()));
     QString shown;
-    qsizetype lineStart = 0;
-    bool cut = false;
-    for (qsizetype i = 0; i <= text.size(); ++i) {
-        if (i == text.size() || text[i] == QLatin1Char('\n')) {
-            for (qsizetype p = lineStart; p < i; p += kShownLinePiece) {
-                qsizetype end = std::min(p + kShownLinePiece, i);
-                if (end < i && text[end - 1].isHighSurrogate()) ++end;  // a pair stays whole
-                if (p > lineStart) shown += QLatin1Char('\n');
-                shown += QStringView(text).mid(p, end - p);
-                if (end - p > kShownLinePiece) p = end - kShownLinePiece;
-                cut = cut || end < i;
-            }
-            if (i < text.size()) shown += QLatin1Char('\n');
-            lineStart = i + 1;
+    shown.reserve(text.size() + text.size() / kShownBlock + 1);
+    qsizetype blockLength = -1;  // characters in the block being filled; -1 before the first line
+    const bool gather = text.count(QLatin1Char('\n')) >= kBlockALineUpTo;
+    auto addLine = [&](QStringView line) {
+        if (gather && blockLength >= 0 && blockLength + 1 + line.size() <= kGatheredBlock) {
+            shown += QChar(QChar::LineSeparator);
+            blockLength += 1 + line.size();
+        } else {
+            if (blockLength >= 0) shown += QLatin1Char('\n');
+            blockLength = line.size();
         }
+        shown += line;
+    };
+    qsizetype lineStart = 0;
+    while (lineStart <= text.size()) {
+        qsizetype lineEnd = text.indexOf(QLatin1Char('\n'), lineStart);
+        if (lineEnd < 0) lineEnd = text.size();
+        if (lineEnd - lineStart <= kShownBlock) {
+            addLine(QStringView(text).mid(lineStart, lineEnd - lineStart));
+        } else {
+            for (qsizetype p = lineStart; p < lineEnd;) {
+                qsizetype end = std::min(p + kShownBlock, lineEnd);
+                if (end < lineEnd && text[end - 1].isHighSurrogate()) ++end;  // a pair stays whole
+                addLine(QStringView(text).mid(p, end - p));
+                p = end;
+            }
+        }
+        lineStart = lineEnd + 1;
     }
-    return cut ? shown : text;
+    return shown;
 }
 
 QFont sizedFont(QFont font, int pixels) {
@@ -85,6 +108,13 @@ TransformPickerViewController::TransformPickerViewController(SettingsLanguage la
         }
     }
     searchField_->setFocus();
+}
+
+void TransformPickerViewController::showEvent(QShowEvent* event) {
+    QFrame::showEvent(event);
+    layout()->activate();
+    tableView_->scrollToTop();
+    if (QListWidgetItem* item = tableView_->currentItem()) tableView_->scrollToItem(item);
 }
 
 void TransformPickerViewController::searchChanged() {

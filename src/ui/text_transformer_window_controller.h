@@ -40,6 +40,9 @@ public:
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
+    /// Brings the selected row into view once the list has its size: before, the list has no
+    /// height, and any row but the first would be scrolled to the top.
+    void showEvent(QShowEvent* event) override;
 
 private:
     void searchChanged();

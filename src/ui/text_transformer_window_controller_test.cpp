@@ -3,11 +3,15 @@
 #include <gtest/gtest.h>
 
 #include <QApplication>
+#include <QClipboard>
+#include <QTextCursor>
+#include <QTextDocument>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPlainTextEdit>
 #include <QPushButton>
+#include <QScrollBar>
 #include <QKeyEvent>
 
 #include "core/settings/preference_store.h"
@@ -126,6 +130,25 @@ TEST_F(TextTransformerWindowTest, ThePickerSearchesMovesAndChooses) {
     w->close();
 }
 
+TEST_F(TextTransformerWindowTest, ThePickerShowsItsListFromTheTopWhenTheCurrentRowIsOnTheFirstPage) {
+    auto w = makeWindow();
+    w->show();
+    w->openPicker();
+    QApplication::processEvents();
+    // Base64 encode, the fifth row, is in view with the four digests above it.
+    EXPECT_EQ(w->picker()->tableView()->currentRow(), 4);
+    EXPECT_EQ(w->picker()->tableView()->verticalScrollBar()->value(), 0);
+    w->picker()->close();
+    // The last transform is scrolled into view.
+    w->selectTransform(TextTransform::count);
+    w->openPicker();
+    QApplication::processEvents();
+    QListWidget* list = w->picker()->tableView();
+    EXPECT_EQ(list->currentRow(), 24);
+    EXPECT_TRUE(list->viewport()->rect().contains(list->visualItemRect(list->currentItem())));
+    w->close();
+}
+
 TEST_F(TextTransformerWindowTest, ASearchWithoutHitsAndReturnDoNothing) {
     auto w = makeWindow();
     w->show();
@@ -155,6 +178,30 @@ TEST_F(TextTransformerWindowTest, ALongResultIsShownInPiecesAndCopiedWhole) {
     w->inputTextView()->setPlainText("{\"a\":1}");
     w->selectTransform(TextTransform::jsonPretty);
     EXPECT_EQ(output(*w), "{\n  \"a\" : 1\n}");
+}
+
+TEST_F(TextTransformerWindowTest, ShortResultLinesAreShownInFewBlocksAndReadBackAsLines) {
+    auto w = makeWindow();
+    std::string input;
+    for (int i = 0; i < 20000; ++i) input += "line " + std::to_string(i) + "\n";
+    w->inputTextView()->setPlainText(QString::fromStdString(input));
+    w->selectTransform(TextTransform::upper);
+    const std::string result = applyTransform(TextTransform::upper, input);
+    // A block per line costs most of the time of showing a megabyte; about 1,024 characters a
+    // block instead.
+    EXPECT_LE(w->outputTextView()->document()->blockCount(), static_cast<int>(result.size() / 1000 + 2));
+    EXPECT_EQ(output(*w), result);
+    // What the user copies out of the view has its line ends.
+    QTextCursor cursor(w->outputTextView()->document());
+    cursor.setPosition(0);
+    cursor.movePosition(QTextCursor::Down, QTextCursor::KeepAnchor, 3);
+    cursor.movePosition(QTextCursor::EndOfLine, QTextCursor::KeepAnchor);
+    w->outputTextView()->setTextCursor(cursor);
+    w->outputTextView()->copy();
+    EXPECT_EQ(QApplication::clipboard()->text().toStdString(), "LINE 0\nLINE 1\nLINE 2\nLINE 3");
+    // A result of a few lines keeps a block a line, as the accessibility interface reads them.
+    w->inputTextView()->setPlainText("a\nb\nc");
+    EXPECT_EQ(w->outputTextView()->document()->blockCount(), 3);
 }
 
 TEST_F(TextTransformerWindowTest, ClosingTellsTheOwner) {

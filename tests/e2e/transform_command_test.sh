@@ -54,4 +54,35 @@ done
 cmp -s "$work/b64" <(base64 -w 0 "$work/text") || fail "base64Encode differs from base64 -w 0"
 base64 "$work/text" | "$ORVANTIS_BIN" transform base64Decode >"$work/back"
 cmp -s "$work/back" "$work/text" || fail "base64Decode of the wrapped form differs"
+
+# Base64 of a file on standard input is read and written in pieces: the same bytes as through
+# a pipe, from where the input stands, and the whole transform's outcome where the pieces
+# can't give it.
+# shellcheck disable=SC2002  # a pipe, not the file, on purpose
+cat "$work/text" | "$ORVANTIS_BIN" transform base64Encode >"$work/b64-pipe"
+cmp -s "$work/b64-pipe" "$work/b64" || fail "base64Encode of a pipe differs from that of the file"
+base64 "$work/text" >"$work/wrapped"
+"$ORVANTIS_BIN" transform base64Decode <"$work/wrapped" >"$work/back"
+cmp -s "$work/back" "$work/text" || fail "base64Decode of the wrapped file differs"
+{ head -c 3 >/dev/null; "$ORVANTIS_BIN" transform base64Encode; } <"$work/text" >"$work/b64-rest"
+cmp -s "$work/b64-rest" <(tail -c +4 "$work/text" | base64 -w 0) || fail "base64Encode did not start where the input stood"
+head -c 3000000 /dev/urandom >"$work/binary"
+base64 "$work/binary" >"$work/binary.b64"
+"$ORVANTIS_BIN" transform base64Decode <"$work/binary.b64" >"$work/binary-back"
+cmp -s "$work/binary-back" <(printf '(non-UTF8) '; od -An -v -tx1 "$work/binary" | tr -d ' \n') ||
+  fail "base64Decode of bytes that are not UTF-8 is not their hex"
+{ cat "$work/wrapped"; printf 'QQ=\tQ'; } >"$work/bad.b64"
+status=0
+"$ORVANTIS_BIN" transform base64Decode <"$work/bad.b64" >"$work/out" 2>"$work/err" || status=$?
+[[ $status == 1 && ! -s $work/out ]] || fail "base64Decode of a bad file exited $status with $(wc -c <"$work/out") bytes out"
+cmp -s "$work/err" <(printf 'Invalid input for Base64.\n') || fail "message: $(cat "$work/err")"
+"$ORVANTIS_BIN" transform hexEncode <"$work/text" >"$work/hex"
+cmp -s "$work/hex" <(basenc --base16 -w 0 "$work/text" | tr 'A-F' 'a-f') || fail "hexEncode of the file differs from basenc"
+{ head -c 4000000 "$work/text"; printf '\xff'; } >"$work/not-utf8"
+status=0
+"$ORVANTIS_BIN" transform base64Encode <"$work/not-utf8" >"$work/out" 2>"$work/err" || status=$?
+[[ $status == 2 && ! -s $work/out ]] || fail "base64Encode of a file that is not UTF-8 exited $status with $(wc -c <"$work/out") bytes out"
+status=0
+"$ORVANTIS_BIN" transform hexEncode <"$work/not-utf8" >"$work/out" 2>"$work/err" || status=$?
+[[ $status == 2 && ! -s $work/out ]] || fail "hexEncode of a file that is not UTF-8 exited $status with $(wc -c <"$work/out") bytes out"
 note "PASS"

@@ -199,6 +199,16 @@ TEST_F(ClipboardMonitorTest, TheProgramsOwnAcknowledgedWriteStaysOutWhenChangesA
     EXPECT_TRUE(monitor().history().isEmpty());
 }
 
+TEST_F(ClipboardMonitorTest, TheProgramsOwnUnacknowledgedWriteIsCapturedAtItsNotice) {
+    // A copy made in one of the program's windows (the text tools' Copy) joins the history as
+    // any copy does, with no time passing.
+    pasteboard_.reportChangesOn(&loop_);
+    started();
+    pasteboard_.write(PasteboardItem::text("a result"));
+    loop_.runUntilIdle();
+    EXPECT_EQ(previews(), (Strings{"a result"}));
+}
+
 TEST_F(ClipboardMonitorTest, StopEndsBothTheNoticesAndThePoll) {
     pasteboard_.reportChangesOn(&loop_);
     started();

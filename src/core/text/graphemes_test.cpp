@@ -1,5 +1,6 @@
 #include "core/text/graphemes.h"
 
+#include <random>
 #include <string>
 #include <vector>
 
@@ -88,6 +89,28 @@ TEST(GraphemesTest, SliceIsClampedToTheText) {
     EXPECT_EQ(graphemeSlice(text, 100, 1), "");
     EXPECT_EQ(graphemeSlice(text, 0, 0), "");
     EXPECT_EQ(graphemeSlice(text, 0, static_cast<std::size_t>(-1)), text);
+}
+
+TEST(GraphemesTest, ReverseAgreesWithTheBreakIteratorOnRandomText) {
+    // Marks, spacing marks, controls and line ends around letters of several scripts; the
+    // classes that the break iterator alone decides (prepended marks, Hangul, flags, joiners)
+    // in some of the texts.
+    const std::vector<std::string> pieces = {
+        "a", "Z", " ", "\n", "\r", "\t", "\x7f", "é", "е", "\u0301", "\u0308", "\u0903", "\u093f", "\u0085",
+        "\u200b", "\u200c", "\u2028", "😀", "\U0001F3FB", "\uFE0F", "中", "\u0E33", "\u0E40", "\u1100", "\u1161",
+        "\uAC00", "\U0001F1E9", "\U0001F1EA", "\u200d", "\u0600", "\u0D4E", "\U000E0061", "\u00ad"};
+    std::mt19937 random(5);
+    for (int round = 0; round < 20000; ++round) {
+        std::string text;
+        const int length = static_cast<int>(random() % 12);
+        // Most texts draw only from the first pieces, which the short way decides.
+        const std::size_t range = round % 3 == 0 ? pieces.size() : 20;
+        for (int i = 0; i < length; ++i) text += pieces[random() % range];
+        const std::vector<std::size_t> bounds = graphemeBoundaries(text);
+        std::string expected;
+        for (std::size_t i = bounds.size() - 1; i > 0; --i) expected += text.substr(bounds[i - 1], bounds[i] - bounds[i - 1]);
+        ASSERT_EQ(reversedGraphemes(text), expected) << "round " << round;
+    }
 }
 
 TEST(GraphemesTest, ReverseKeepsClustersWhole) {

@@ -80,6 +80,35 @@ bool isValidUtf8(std::string_view text) {
     return true;
 }
 
+bool Utf8Stream::add(std::string_view piece) {
+    std::string_view rest = piece;
+    if (!pending_.empty()) {
+        // Complete the cut sequence with the first bytes of this piece.
+        const std::size_t take = std::min<std::size_t>(4 - pending_.size(), rest.size());
+        pending_.append(rest.substr(0, take));
+        const text::CodePoint c = text::decodeCodePoint(pending_, 0);
+        if (c.valid) {
+            rest.remove_prefix(c.length - (pending_.size() - take));
+            pending_.clear();
+        } else if (pending_.size() < 4 && take == rest.size()) {
+            return true;  // still too short to judge
+        } else {
+            return false;
+        }
+    }
+    // Keep back a lead byte whose sequence this piece does not finish.
+    std::size_t cut = rest.size();
+    for (std::size_t back = 1; back <= 3 && back <= rest.size(); ++back) {
+        const auto byte = static_cast<unsigned char>(rest[rest.size() - back]);
+        if ((byte & 0xC0) == 0x80) continue;
+        const std::size_t length = byte >= 0xF0 ? 4 : byte >= 0xE0 ? 3 : byte >= 0xC0 ? 2 : 1;
+        if (length > back) cut = rest.size() - back;
+        break;
+    }
+    pending_.assign(rest.substr(cut));
+    return text::isValidUtf8(rest.substr(0, cut));
+}
+
 std::string repairUtf8(std::string_view text) {
     std::string out;
     out.reserve(text.size());

@@ -53,6 +53,19 @@ CodePoint decodeCodePoint(std::string_view text, std::size_t offset);
 /// forms). The empty string is valid.
 bool isValidUtf8(std::string_view text);
 
+/// Checks UTF-8 that arrives in pieces, as isValidUtf8 checks the whole: a sequence cut by the
+/// end of a piece is kept for the next one.
+class Utf8Stream {
+public:
+    /// False as soon as the text so far cannot be UTF-8.
+    bool add(std::string_view piece);
+    /// True when no sequence is left unfinished.
+    bool finish() const { return pending_.empty(); }
+
+private:
+    std::string pending_;
+};
+
 /// `text` with each ill-formed sequence replaced by U+FFFD; valid text comes back unchanged.
 std::string repairUtf8(std::string_view text);
 

@@ -4,6 +4,8 @@
 
 #include <chrono>
 #include <cstdlib>
+#include <optional>
+#include <random>
 #include <set>
 #include <string>
 
@@ -104,6 +106,72 @@ TEST(TextTransformTest, Base64DecodeFailures) {
     EXPECT_EQ(errorOf(T::base64Decode, "aGVsbG8=aGVs"), "Invalid input for Base64.");
     EXPECT_EQ(errorOf(T::base64Decode, "привет"), "Invalid input for Base64.");
     EXPECT_EQ(errorOf(T::base64Decode, "aGVsbG8"), "no error");
+}
+
+/// The pieces of runBase64EncodeInPieces / runBase64DecodeInPieces joined; nullopt when the
+/// decoding in pieces declines.
+std::string encodedInPieces(std::string_view text, std::size_t pieceSize) {
+    std::string joined;
+    TTOps::runBase64EncodeInPieces(text, [&](std::string_view piece) { joined.append(piece); }, pieceSize);
+    return joined;
+}
+std::optional<std::string> decodedInPieces(std::string_view text, std::size_t pieceSize) {
+    std::string joined;
+    if (!TTOps::runBase64DecodeInPieces(text, [&](std::string_view piece) { joined.append(piece); }, pieceSize)) {
+        EXPECT_EQ(joined, "") << "pieces given before declining";
+        return std::nullopt;
+    }
+    return joined;
+}
+
+TEST(TextTransformTest, Base64InPiecesIsTheWholeTransform) {
+    std::mt19937 random(11);
+    for (std::size_t size : {0u, 1u, 2u, 3u, 4u, 5u, 11u, 12u, 13u, 100u, 1000u, 4099u}) {
+        std::string bytes(size, '\0');
+        for (char& c : bytes) c = static_cast<char>('a' + random() % 26);
+        if (size > 10) bytes.replace(size / 2, 4, "😀");  // a letter of four bytes somewhere
+        const std::string encoded = run(T::base64Encode, bytes);
+        for (std::size_t piece : {1u, 3u, 4u, 5u, 8u, 13u, 64u, 1u << 18}) {
+            EXPECT_EQ(encodedInPieces(bytes, piece), encoded) << size << " in " << piece;
+            // Plain, wrapped at 76 and at 3, with CR LF, URL-safe, unpadded, blanks at the end.
+            std::string wrapped, crlf, unpadded = encoded;
+            for (std::size_t i = 0; i < encoded.size(); ++i) {
+                if (i > 0 && i % 76 == 0) wrapped += '\n';
+                if (i > 0 && i % 3 == 0) crlf += "\r\n";
+                wrapped += encoded[i];
+                crlf += encoded[i];
+            }
+            while (!unpadded.empty() && unpadded.back() == '=') unpadded.pop_back();
+            std::string urlSafe = encoded;
+            for (char& c : urlSafe) c = c == '+' ? '-' : c == '/' ? '_' : c;
+            for (const std::string& text : {encoded, wrapped + "\n", crlf, unpadded, urlSafe, " " + encoded + " \n\n"}) {
+                EXPECT_EQ(decodedInPieces(text, piece), run(T::base64Decode, text)) << size << " in " << piece << ": " << text;
+            }
+        }
+    }
+}
+
+TEST(TextTransformTest, Base64DecodeInPiecesDeclinesAllButThePlainForm) {
+    // What the whole transform refuses, or gives in hex, is left to it.
+    for (std::string_view text : {"a$b=", "aGVs\tbG8=", "a=bc", "a", "aGVsbG8=aGVs", "привет", "/w==", "aGVsbG8===",
+                                  "aGVsbG8=\n=", "aGVsbG8\n=="}) {
+        for (std::size_t piece : {1u, 4u, 8u, 1u << 18}) EXPECT_EQ(decodedInPieces(text, piece), std::nullopt) << text;
+    }
+    // Bytes that are not UTF-8 far from the start: nothing is given before it is seen.
+    const std::string binary = run(T::base64Encode, std::string(5000, 'a')) + run(T::base64Encode, "\xff\xfe\xfd");
+    EXPECT_EQ(decodedInPieces(binary, 64), std::nullopt);
+    // The plain form is taken, also with its padding on a line of its own.
+    EXPECT_EQ(decodedInPieces("aGVsbG8\n=", 4), "hello");
+    EXPECT_EQ(decodedInPieces("aGVs bG8=\r\n", 4), "hello");
+    EXPECT_EQ(decodedInPieces("", 4), "");
+    EXPECT_EQ(decodedInPieces(" \n", 4), "");
+}
+
+TEST(TextTransformTest, HtmlUnescapeOfAReferenceBeyondUnicodeIsTheReplacementCharacter) {
+    // Found by the fuzzer: the parser let a stray byte out for a reference that overflows.
+    EXPECT_EQ(run(T::htmlUnescape, "a&#x1Faaaaaaaaaaaaaaaaaaaaa;b"), "a\uFFFDb");
+    EXPECT_EQ(run(T::htmlUnescape, "<ple>ip;&#x1Faaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaa"), "ip;\uFFFD");
+    EXPECT_EQ(run(T::htmlUnescape, "a&#x110000;b&#99999999999;c"), "a\uFFFDb\uFFFDc");
 }
 
 TEST(TextTransformTest, UrlEncode) {
@@ -251,6 +319,9 @@ TEST(TextTransformTest, JsonMinifyKeepsKeyOrder) {
     EXPECT_EQ(run(T::jsonMinify, "{\n  \"b\" : 1,\n  \"a\" : [ \"x/y\", \"😀\" ]\n}"), R"({"b":1,"a":["x/y","😀"]})");
     EXPECT_EQ(run(T::jsonMinify, "\"Привет\""), "\"Привет\"");
     EXPECT_EQ(run(T::jsonMinify, "{}"), "{}");
+    // Every escape, at the start, in the middle and at the end of strings and keys.
+    EXPECT_EQ(run(T::jsonMinify, R"(["\"q\"b\\s/\b\f\n\r\t\u0001\u001f é 😀\\",{"k\"":"x","\t":""}])"),
+              R"(["\"q\"b\\s/\b\f\n\r\t\u0001\u001f é 😀\\",{"k\"":"x","\t":""}])");
     EXPECT_EQ(errorOf(T::jsonMinify, "{"), "Invalid input for JSON.");
 }
 

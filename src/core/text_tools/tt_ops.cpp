@@ -1,5 +1,6 @@
 #include "core/text_tools/tt_ops.h"
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <charconv>
@@ -59,13 +60,8 @@ struct HexTable {
 };
 constexpr HexTable kHexTable;
 
-void appendHex(std::string& out, std::string_view bytes) {
-    const std::size_t start = out.size();
-    if (start == 0) out = largeString(bytes.size() * 2, '0');
-    else out.resize(start + bytes.size() * 2);
-    char* dst = out.data() + start;
-    const auto* src = reinterpret_cast<const unsigned char*>(bytes.data());
-    const std::size_t n = bytes.size();
+/// Writes two lower-case hex digits for each of the `n` bytes at `src` to `dst`.
+void writeHex(const unsigned char* src, std::size_t n, char* dst) {
     std::size_t i = 0;
     if constexpr (std::endian::native == std::endian::little) {
         // Eight bytes at a time: sixteen digits in two stores.
@@ -84,6 +80,13 @@ void appendHex(std::string& out, std::string_view bytes) {
         dst[2 * i] = kHexDigits[src[i] >> 4];
         dst[2 * i + 1] = kHexDigits[src[i] & 15];
     }
+}
+
+void appendHex(std::string& out, std::string_view bytes) {
+    const std::size_t start = out.size();
+    if (start == 0) out = largeString(bytes.size() * 2, '0');
+    else out.resize(start + bytes.size() * 2);
+    writeHex(reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size(), out.data() + start);
 }
 
 /// The decoded bytes as text, or "(non-UTF8) " and their hex when they are not UTF-8.
@@ -191,7 +194,21 @@ constexpr Base64DecodeTable kBase64Decode;
 bool decodeBase64Groups(const unsigned char* in, std::size_t n, char* out) {
     const auto& t = kBase64Decode.shifted;
     std::uint32_t bad = 0;
-    for (std::size_t i = 0; i < n; i += 4) {
+    std::size_t i = 0;
+    if constexpr (std::endian::native == std::endian::little) {
+        // Two groups at a time, their six bytes in one store of eight: the two extra bytes are
+        // written over by the next group, so at least one more must follow.
+        for (; i + 12 <= n; i += 8) {
+            const std::uint32_t first = t[0][in[i]] | t[1][in[i + 1]] | t[2][in[i + 2]] | t[3][in[i + 3]];
+            const std::uint32_t second = t[0][in[i + 4]] | t[1][in[i + 5]] | t[2][in[i + 6]] | t[3][in[i + 7]];
+            bad |= first | second;
+            const std::uint64_t word = __builtin_bswap64((std::uint64_t{first} << 40) | (std::uint64_t{second} << 16));
+            std::memcpy(out, &word, 8);
+            out += 6;
+            if ((i & 1023) == 1016 && (bad & kBad) != 0) return false;
+        }
+    }
+    for (; i < n; i += 4) {
         const std::uint32_t v = t[0][in[i]] | t[1][in[i + 1]] | t[2][in[i + 2]] | t[3][in[i + 3]];
         bad |= v;
         out[0] = static_cast<char>(v >> 16);
@@ -322,11 +339,11 @@ std::string runHash(std::string_view text, HashAlgorithm algorithm) {
     return crypto::hexDigest(algorithm, text);
 }
 
-std::string runBase64Encode(std::string_view text) {
-    const std::size_t n = text.size();
-    std::string out = largeString((n + 2) / 3 * 4, '=');
-    const auto* in = reinterpret_cast<const unsigned char*>(text.data());
-    char* dst = out.data();
+namespace {
+
+/// Writes the Base64 of the `n` bytes at `in`, with its padding, to `dst`: (n + 2) / 3 * 4
+/// characters.
+void encodeBase64(const unsigned char* in, std::size_t n, char* dst) {
     const auto& pairs = kBase64Encode.pairs;
     std::size_t i = 0;
     if constexpr (std::endian::native == std::endian::little) {
@@ -358,9 +375,57 @@ std::string runBase64Encode(std::string_view text) {
         const std::uint32_t a = (std::uint32_t{in[i]} << 16) | (i + 1 < n ? std::uint32_t{in[i + 1]} << 8 : 0);
         dst[0] = kBase64Alphabet[a >> 18];
         dst[1] = kBase64Alphabet[(a >> 12) & 63];
-        if (i + 1 < n) dst[2] = kBase64Alphabet[(a >> 6) & 63];
+        dst[2] = i + 1 < n ? kBase64Alphabet[(a >> 6) & 63] : '=';
+        dst[3] = '=';
     }
+}
+
+}  // namespace
+
+std::string runBase64Encode(std::string_view text) {
+    std::string out = largeString((text.size() + 2) / 3 * 4, '=');
+    encodeBase64(reinterpret_cast<const unsigned char*>(text.data()), text.size(), out.data());
     return out;
+}
+
+Base64PieceEncoder::Base64PieceEncoder(PieceSink sink) : sink_(std::move(sink)) {}
+
+void Base64PieceEncoder::add(std::string_view bytes) {
+    // Whole groups of three only, so that no padding falls inside; the rest waits.
+    const std::size_t fromCarried = carried_.empty() ? 0 : std::min(3 - carried_.size(), bytes.size());
+    carried_.append(bytes.substr(0, fromCarried));
+    bytes.remove_prefix(fromCarried);
+    const std::size_t whole = (carried_.size() == 3 ? 3 : 0) + bytes.size() / 3 * 3;
+    if (whole == 0) {
+        carried_.append(bytes);  // fewer than three bytes in all
+        return;
+    }
+    if (buffer_.size() < whole / 3 * 4) buffer_.resize(whole / 3 * 4);
+    char* out = buffer_.data();
+    if (carried_.size() == 3) {
+        encodeBase64(reinterpret_cast<const unsigned char*>(carried_.data()), 3, out);
+        out += 4;
+        carried_.clear();
+    }
+    const std::size_t groups = bytes.size() / 3 * 3;
+    encodeBase64(reinterpret_cast<const unsigned char*>(bytes.data()), groups, out);
+    sink_(std::string_view(buffer_.data(), whole / 3 * 4));
+    carried_.assign(bytes.substr(groups));
+}
+
+void Base64PieceEncoder::finish() {
+    if (carried_.empty()) return;
+    char last[4];
+    encodeBase64(reinterpret_cast<const unsigned char*>(carried_.data()), carried_.size(), last);
+    carried_.clear();
+    sink_(std::string_view(last, 4));
+}
+
+void runBase64EncodeInPieces(std::string_view text, const PieceSink& sink, std::size_t pieceSize) {
+    Base64PieceEncoder encoder(sink);
+    const std::size_t step = std::max<std::size_t>(pieceSize / 4 * 3, 1);
+    for (std::size_t offset = 0; offset < text.size(); offset += step) encoder.add(text.substr(offset, step));
+    encoder.finish();
 }
 
 namespace {
@@ -417,6 +482,131 @@ std::string runBase64Decode(std::string_view text) {
         if (!bytes) throw TransformError("Base64");
     }
     return textOrHex(std::move(*bytes));
+}
+
+namespace {
+
+/// True when one of the eight bytes of `word` is a line feed, a carriage return or a blank.
+bool hasBreakOrBlank(std::uint64_t word) {
+    constexpr std::uint64_t kOnes = 0x0101010101010101ULL;
+    constexpr std::uint64_t kHighs = 0x8080808080808080ULL;
+    auto hasZeroByte = [](std::uint64_t v) { return ((v - kOnes) & ~v & kHighs) != 0; };
+    return hasZeroByte(word ^ (kOnes * '\n')) || hasZeroByte(word ^ (kOnes * '\r')) || hasZeroByte(word ^ (kOnes * ' '));
+}
+
+/// True when `text` holds a line feed, a carriage return, a blank or an '='; one fast byte
+/// search for each.
+bool containsBreakBlankOrPad(std::string_view text) {
+    for (char c : {'\n', '\r', ' ', '='}) {
+        if (std::memchr(text.data(), c, text.size()) != nullptr) return true;
+    }
+    return false;
+}
+
+/// Copies `text` to `out` without its line feeds, carriage returns and blanks; answers how many
+/// characters it wrote. Eight characters at a time where none of them is one.
+std::size_t compactBreaksAndBlanks(std::string_view text, char* out) {
+    std::size_t kept = 0;
+    std::size_t i = 0;
+    for (; i + 8 <= text.size(); i += 8) {
+        std::uint64_t word;
+        std::memcpy(&word, text.data() + i, 8);
+        if (!hasBreakOrBlank(word)) {
+            std::memcpy(out + kept, &word, 8);
+            kept += 8;
+            continue;
+        }
+        for (std::size_t k = i; k < i + 8; ++k) {
+            out[kept] = text[k];
+            kept += isBreakOrBlank(text[k]) ? 0 : 1;
+        }
+    }
+    for (; i < text.size(); ++i) {
+        out[kept] = text[i];
+        kept += isBreakOrBlank(text[i]) ? 0 : 1;
+    }
+    return kept;
+}
+
+}  // namespace
+
+Base64PieceDecoder::Base64PieceDecoder(PieceSink sink) : sink_(std::move(sink)) {}
+
+bool Base64PieceDecoder::add(std::string_view piece) {
+    if (failed_) return false;
+    if (compacted_.size() < carried_ + piece.size()) {
+        compacted_.resize(carried_ + piece.size());
+        decoded_.resize(compacted_.size() / 4 * 3);
+    }
+    if (carried_ == 0 && padding_.empty() && piece.size() >= 4 && !containsBreakBlankOrPad(piece)) {
+        // Nothing to take out: the groups are decoded where they stand.
+        const std::size_t groups = piece.size() / 4 * 4;
+        if (!decodeBase64Groups(reinterpret_cast<const unsigned char*>(piece.data()), groups, decoded_.data())) {
+            failed_ = true;
+            return false;
+        }
+        sink_(std::string_view(decoded_.data(), groups / 4 * 3));
+        carried_ = piece.size() - groups;
+        std::memcpy(compacted_.data(), piece.data() + groups, carried_);
+        return true;
+    }
+    std::size_t kept = carried_ + compactBreaksAndBlanks(piece, compacted_.data() + carried_);
+    // From the first '=' on, only '=' may follow, to the end of the text.
+    const std::size_t firstPad = padding_.empty() ? std::string_view(compacted_.data(), kept).find('=', carried_)
+                                                  : carried_;  // after an '=', all of it is padding
+    if (firstPad < kept) {
+        const std::string_view pads(compacted_.data() + firstPad, kept - firstPad);
+        if (pads.find_first_not_of('=') != std::string_view::npos) {
+            failed_ = true;
+            return false;
+        }
+        padding_.append(pads);
+        kept = firstPad;
+    }
+    const std::size_t groups = kept / 4 * 4;
+    // A character outside the alphabet fails in the decoding table.
+    if (!decodeBase64Groups(reinterpret_cast<const unsigned char*>(compacted_.data()), groups, decoded_.data())) {
+        failed_ = true;
+        return false;
+    }
+    if (groups > 0) sink_(std::string_view(decoded_.data(), groups / 4 * 3));
+    carried_ = kept - groups;
+    std::memmove(compacted_.data(), compacted_.data() + groups, carried_);
+    return true;
+}
+
+bool Base64PieceDecoder::finish() {
+    if (failed_) return false;
+    failed_ = true;  // nothing more after the end
+    const std::optional<std::string> bytes = decodeBase64Strict(std::string(compacted_.data(), carried_) + padding_);
+    if (!bytes) return false;
+    if (!bytes->empty()) sink_(*bytes);
+    return true;
+}
+
+namespace {
+
+/// Decodes `text` in pieces of `pieceSize` through a Base64PieceDecoder; false where it fails.
+bool decodeInPieces(std::string_view text, std::size_t pieceSize, PieceSink sink) {
+    Base64PieceDecoder decoder(std::move(sink));
+    const std::size_t step = std::max<std::size_t>(pieceSize, 1);
+    for (std::size_t offset = 0; offset < text.size(); offset += step) {
+        if (!decoder.add(text.substr(offset, step))) return false;
+    }
+    return decoder.finish();
+}
+
+}  // namespace
+
+bool runBase64DecodeInPieces(std::string_view text, const PieceSink& sink, std::size_t pieceSize) {
+    // First only checked: the bytes must all be UTF-8 before any is given, since bytes that are
+    // not come back whole in hex.
+    text::Utf8Stream utf8;
+    bool valid = true;
+    const bool plain = decodeInPieces(text, pieceSize, [&](std::string_view piece) { valid = valid && utf8.add(piece); });
+    if (!plain || !valid || !utf8.finish()) return false;
+    decodeInPieces(text, pieceSize, sink);
+    return true;
 }
 
 std::string runUrlEncode(std::string_view text) {
@@ -480,6 +670,12 @@ std::string runHexEncode(std::string_view text) {
     std::string out;
     appendHex(out, text);
     return out;
+}
+
+std::string_view runHexEncodeInto(std::string_view bytes, std::string& buffer) {
+    if (buffer.size() < bytes.size() * 2) buffer.resize(bytes.size() * 2);
+    writeHex(reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size(), buffer.data());
+    return std::string_view(buffer.data(), bytes.size() * 2);
 }
 
 std::string runHexDecode(std::string_view text) {

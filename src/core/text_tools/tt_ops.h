@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -25,6 +26,58 @@ std::string runBase64Encode(std::string_view text);
 /// added, then strict decoding. Bytes that are not UTF-8 come back as "(non-UTF8) " and hex.
 /// Throws `TransformError("Base64")`.
 std::string runBase64Decode(std::string_view text);
+/// Receives a result in pieces, in order.
+using PieceSink = std::function<void(std::string_view piece)>;
+/// runBase64Encode of a text that arrives in pieces of any size, given in pieces as it is made,
+/// through one buffer that is kept: together the pieces given are runBase64Encode of the whole.
+class Base64PieceEncoder {
+public:
+    explicit Base64PieceEncoder(PieceSink sink);
+    /// The next bytes of the text.
+    void add(std::string_view bytes);
+    /// The end of the text: the last bytes with their padding.
+    void finish();
+
+private:
+    PieceSink sink_;
+    std::string buffer_;
+    std::string carried_;  ///< up to two bytes of an unfinished group
+};
+
+/// runBase64Encode given in pieces, for a result too large to hold at once: together the
+/// pieces are runBase64Encode(text), and none is much larger than `pieceSize`.
+void runBase64EncodeInPieces(std::string_view text, const PieceSink& sink, std::size_t pieceSize = 1 << 18);
+/// The decoding of runBase64Decode for a text that arrives in pieces, given in pieces as it is
+/// made. Takes text of the plain form: the Base64 alphabet (either form), blanks and line
+/// breaks anywhere, and '=' only at the end (with blanks and breaks among them). On such text,
+/// the pieces given are together the bytes that runBase64Decode decodes, before its check for
+/// UTF-8. Anything else (a tab, an '=' with more after it, a character outside the alphabet, a
+/// wrong number of '=') makes add() or finish() answer false, and nothing more is given: the
+/// whole transform then gives its error.
+class Base64PieceDecoder {
+public:
+    explicit Base64PieceDecoder(PieceSink sink);
+    /// The next piece of the text. False once the text has left the plain form.
+    bool add(std::string_view piece);
+    /// The end of the text: decodes the last characters with their padding. False when the text
+    /// has left the plain form or its end does not decode.
+    bool finish();
+
+private:
+    PieceSink sink_;
+    std::string compacted_;
+    std::string decoded_;
+    std::size_t carried_ = 0;  ///< characters of an unfinished group, at the start of compacted_
+    std::string padding_;      ///< the '=' seen so far; only more of them may follow
+    bool failed_ = false;
+};
+
+/// runBase64Decode given in pieces, for a result too large to hold at once. On text of the
+/// plain form (see Base64PieceDecoder) whose bytes are UTF-8, the pieces are together
+/// runBase64Decode(text), and the answer is true. For any other text it gives nothing and
+/// answers false; runBase64Decode then gives the result, the hex form or the error. Reads
+/// `text` twice: once to check, once to give.
+bool runBase64DecodeInPieces(std::string_view text, const PieceSink& sink, std::size_t pieceSize = 1 << 18);
 /// Percent-encodes every scalar outside Unicode's letters, marks and numbers and `-._~`.
 std::string runUrlEncode(std::string_view text);
 /// Replaces `%XX`; the input comes back as it is when a `%` is malformed or the bytes are not
@@ -32,6 +85,9 @@ std::string runUrlEncode(std::string_view text);
 std::string runUrlDecode(std::string_view text);
 /// Two lower-case hex digits per byte.
 std::string runHexEncode(std::string_view text);
+/// runHexEncode of `bytes` written into `buffer`, which grows as needed and is kept by the
+/// caller for the next piece of a long text; the view is of `buffer`.
+std::string_view runHexEncodeInto(std::string_view bytes, std::string& buffer);
 /// Hex to bytes after dropping blanks, line breaks, tabs, "0x" and colons. Throws
 /// `TransformError("Hex (odd length)")` or `TransformError("Hex")`.
 std::string runHexDecode(std::string_view text);

@@ -12,6 +12,7 @@
 
 #include <gumbo.h>
 
+#include "core/text/utf.h"
 #include "core/text_tools/tt_ops.h"
 
 #include <dlfcn.h>
@@ -304,8 +305,12 @@ std::string runHtmlUnescape(std::string_view text) {
             break;  // comments, and templates' contents, which are not shown
         }
     }
-    // The arena releases the tree; the parser's own release would recurse through it.
-    return layout.take();
+    // The arena releases the tree; the parser's own release would recurse through it. A numeric
+    // reference too large for any character comes out of the parser as a stray byte, not as
+    // the replacement character that HTML makes of it: such bytes become that character here.
+    std::string result = layout.take();
+    if (!text::isValidUtf8(result)) result = text::repairUtf8(result);
+    return result;
 }
 
 bool htmlParserLoaded() {

@@ -18,7 +18,13 @@ enum class Layout { pretty, compact };
 
 void appendString(std::string& out, const std::string& value) {
     out.push_back('"');
-    for (char c : value) {
+    // Runs of characters that stay as they are go in at once.
+    std::size_t run = 0;
+    for (std::size_t i = 0; i < value.size(); ++i) {
+        const char c = value[i];
+        if (c != '"' && c != '\\' && static_cast<unsigned char>(c) >= 0x20) continue;
+        out.append(value, run, i - run);
+        run = i + 1;
         switch (c) {
         case '"': out.append("\\\""); break;
         case '\\': out.append("\\\\"); break;
@@ -27,16 +33,14 @@ void appendString(std::string& out, const std::string& value) {
         case '\n': out.append("\\n"); break;
         case '\r': out.append("\\r"); break;
         case '\t': out.append("\\t"); break;
-        default:
-            if (static_cast<unsigned char>(c) < 0x20) {
-                char buffer[8];
-                std::snprintf(buffer, sizeof buffer, "\\u%04x", static_cast<unsigned>(c));
-                out.append(buffer);
-            } else {
-                out.push_back(c);  // slashes and non-ASCII letters stay as they are
-            }
+        default: {  // the other controls
+            char buffer[8];
+            std::snprintf(buffer, sizeof buffer, "\\u%04x", static_cast<unsigned>(c));
+            out.append(buffer);
+        }
         }
     }
+    out.append(value, run, value.size() - run);  // slashes and non-ASCII letters stay as they are
     out.push_back('"');
 }
 

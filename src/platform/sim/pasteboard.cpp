@@ -22,7 +22,10 @@ std::optional<std::string> Pasteboard::data(std::string_view type) const {
 
 void Pasteboard::loseData(std::string type) { lost_.push_back(std::move(type)); }
 
-void Pasteboard::write(const platform::PasteboardItem& item) { store(item, {}); }
+void Pasteboard::write(const platform::PasteboardItem& item) {
+    store(item, {});
+    announceChange();
+}
 
 void Pasteboard::writeFromOtherApp(const platform::PasteboardItem& item, std::string application) {
     // An empty name would read as the program's own write.

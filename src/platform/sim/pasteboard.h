@@ -40,8 +40,9 @@ public:
     bool reportsChanges() const override { return noticeLoop_ != nullptr; }
     [[nodiscard]] Subscription onChange(std::function<void()> callback) override;
 
-    /// From now on each write or clearing by another application is told of in a later turn
-    /// of `loop`; null stops it (notices already posted still come). `loop` must outlive this.
+    /// From now on each write, the program's own or another application's, and each clearing is
+    /// told of in a later turn of `loop`; null stops it (notices already posted still come).
+    /// `loop` must outlive this.
     void reportChangesOn(platform::MainLoop* loop) { noticeLoop_ = loop; }
 
     /// Another application (by default the user's editor) replaces the content.

@@ -79,7 +79,7 @@ TEST(PasteboardTest, ClearEmptiesAndCountsAsAChange) {
 namespace orvantis::sim {
 namespace {
 
-TEST(PasteboardNoticeTest, ReportsOtherApplicationsChangesInALaterTurnOnlyWhenSwitchedOn) {
+TEST(PasteboardNoticeTest, ReportsEveryChangeInALaterTurnOnlyWhenSwitchedOn) {
     VirtualMainLoop loop;
     Pasteboard pasteboard;
     int notices = 0;
@@ -98,10 +98,11 @@ TEST(PasteboardNoticeTest, ReportsOtherApplicationsChangesInALaterTurnOnlyWhenSw
     pasteboard.clear();
     loop.runUntilIdle();
     EXPECT_EQ(notices, 2);
-    // The program's own writes are counted, not told of.
+    // The program's own writes are told of too, in a later turn.
     pasteboard.write(platform::PasteboardItem::text("ours"));
-    loop.runUntilIdle();
     EXPECT_EQ(notices, 2);
+    loop.runUntilIdle();
+    EXPECT_EQ(notices, 3);
 }
 
 }  // namespace

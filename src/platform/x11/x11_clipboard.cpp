@@ -619,8 +619,10 @@ void X11Clipboard::write(const platform::PasteboardItem& item) {
     std::vector<std::pair<Atom, std::string>> data;
     for (auto& [mime, bytes] : platform::nativeRepresentations(item)) data.emplace_back(s.atom(mime), std::move(bytes));
     s.own(s.clipboard, std::move(data));
-    // Counted here, once: the notice of our own claim is not counted again.
+    // Counted here, once: the server's notice of our own claim is not counted again. Told of in
+    // a later turn, as another client's copy is.
     ++s.changeCount;
+    s.noticePending = true;
     s.scheduleDispatch();
 }
 

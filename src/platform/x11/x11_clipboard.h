@@ -24,8 +24,10 @@ namespace orvantis::x11 {
 ///
 /// Changes: the server tells of every new CLIPBOARD owner (XFixes); each one raises the change
 /// count and is told of through onChange() in a turn of the main loop of its own. The program's
-/// own writes are counted at once, when made, and never told of, so that
-/// acknowledgeCurrentChangeCount() right after a write keeps them out of the history.
+/// own writes are counted at once, when made, and told of in a later turn like any other copy
+/// (a copy made in one of the program's windows joins the history at once, not at the next
+/// safety-net poll); acknowledgeCurrentChangeCount() right after a write still keeps it out,
+/// since the count is then the acknowledged one.
 ///
 /// Reads: the owner's TARGETS first (kept while the count stays), then only the one target
 /// that stands for the type asked for, so that nothing is fetched that the caller didn't ask
