@@ -1,6 +1,8 @@
 #!/usr/bin/env bash
 # Installs every Debian package that building, testing and running Orvantis needs.
 # Idempotent: packages already present are left as they are.
+#   scripts/install-deps.sh             to build, test and run
+#   scripts/install-deps.sh --package   also what scripts/package.sh needs to build the .deb
 set -euo pipefail
 
 packages=(
@@ -25,7 +27,12 @@ packages=(
   # the virtual desktop of the end-to-end tests and of the headless run
   xvfb xauth x11-xkb-utils x11-utils x11-apps xdotool xclip xterm trayer imagemagick xbindkeys zenity openbox python3
   dbus-daemon dbus-bin procps
+  # checks of the installed files: menu entry, metadata, manual page, completions
+  desktop-file-utils appstream man-db groff-base bsdextrautils file bash-completion zsh
 )
+if [[ ${1:-} == --package ]]; then
+  packages+=(debhelper dpkg-dev lintian)
+fi
 
 missing=()
 for p in "${packages[@]}"; do
