@@ -53,8 +53,14 @@ grep -qx 'Icon=org.orvantis.Orvantis' "$share/applications/org.orvantis.Orvantis
 appstreamcli validate --no-net "$share/metainfo/org.orvantis.Orvantis.metainfo.xml" >"$work/as.log" 2>&1 ||
   { cat "$work/as.log" >&2; fail "appstreamcli validate"; }
 
-# The installed program runs.
-"$program" --version | grep -q '^Orvantis ' || fail "orvantis --version"
+# The installed program runs; its version is the one of the metadata's latest release and of
+# the Debian package.
+version=$("$program" --version | sed -n 's/^Orvantis \([^ ]*\) .*/\1/p')
+[[ -n $version ]] || fail "orvantis --version"
+grep -q "<release version=\"$version\"" "$share/metainfo/org.orvantis.Orvantis.metainfo.xml" ||
+  fail "the metadata has no release $version"
+[[ $(sed -n '1s/^orvantis (\([^)-]*\).*/\1/p' "$source_dir/debian/changelog") == "$version" ]] ||
+  fail "debian/changelog does not start with version $version"
 
 # The manual page says everything --help says: each entry's synopsis and description, and
 # the notes after them, in the rendered page (blanks collapsed, since the page is filled).
