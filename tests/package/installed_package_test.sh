@@ -23,7 +23,10 @@ grep -q '^E: ' "$work/lintian.txt" && fail "lintian reports errors"
 # Depends: the shared libraries' packages (dpkg-shlibdeps), plus those loaded with dlopen.
 depends=$(dpkg-deb -f "$deb" Depends)
 echo "Depends: $depends"
-for package in libc6 libqt6widgets6 libicu72 libplist3 libx11-6 libxkbcommon0 libsystemd0 libcurl4 libssl3 qt6-qpa-plugins; do
+# Loaded with dlopen, so named by hand in debian/control: libcurl4 libssl3 libcld2-0 libaspell15
+# libgumbo1, and Qt's X11 platform plugin.
+for package in libc6 libqt6widgets6 libicu72 libplist3 libx11-6 libxkbcommon0 libsystemd0 \
+  libcurl4 libssl3 libcld2-0 libaspell15 libgumbo1 qt6-qpa-plugins; do
   [[ $depends =~ (^|, )$package( |,|$) ]] || fail "Depends does not name $package"
 done
 
