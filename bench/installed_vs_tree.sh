@@ -10,6 +10,7 @@ deb=$(realpath "$1")
 tree_program=${2:-$BENCH_DIR/../build/src/app/orvantis}
 RUNS=${RUNS:-20}
 out=${BENCH_OUT:-$(mktemp -d "${TMPDIR:-/tmp}/installed-bench.XXXXXX")}
+mkdir -p "$out"
 root=$out/root
 dpkg -x "$deb" "$root"
 
