@@ -1,6 +1,8 @@
 #!/usr/bin/env bash
 # Installs every Debian package that building, testing and running Orvantis needs.
 # Idempotent: packages already present are left as they are.
+#   scripts/install-deps.sh             to build, test and run
+#   scripts/install-deps.sh --package   also what scripts/package.sh needs to build the .deb
 set -euo pipefail
 
 packages=(
@@ -27,7 +29,12 @@ packages=(
   dbus-daemon dbus-bin procps
   # gdbus: the end-to-end tests read windows from the accessibility bus with it
   libglib2.0-bin
+  # checks of the installed files: menu entry, metadata, manual page, completions
+  desktop-file-utils appstream man-db groff-base bsdextrautils file bash-completion zsh
 )
+if [[ ${1:-} == --package ]]; then
+  packages+=(debhelper dpkg-dev lintian)
+fi
 
 missing=()
 for p in "${packages[@]}"; do

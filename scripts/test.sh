@@ -4,5 +4,5 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/install-deps.sh
-scripts/build.sh
+scripts/build.sh --all
 ctest --test-dir build --output-on-failure -j "$(nproc)" --timeout 300
