@@ -2,10 +2,10 @@
 
 #include <cerrno>
 #include <cstdint>
-#include <cstring>
 #include <exception>
 #include <string>
 
+#include "platform/freedesktop/running_program_call.h"
 #include "platform/freedesktop/sd_bus_handles.h"
 #include "platform/freedesktop/single_instance_guard.h"
 
@@ -104,22 +104,17 @@ ClipboardBusReply call(std::string_view method, std::optional<std::string_view> 
                               &replyRaw);
     SdBusMessagePtr reply(replyRaw);
     if (r < 0) {
-        if (sd_bus_error_has_names(error.get(), SD_BUS_ERROR_SERVICE_UNKNOWN, SD_BUS_ERROR_NAME_HAS_NO_OWNER)) {
-            return {ClipboardBusReply::Status::NotRunning, {}};
-        }
-        if (!sd_bus_error_is_set(error.get())) {
-            // No usable bus at all (no daemon behind the address): nobody can own the name there.
-            if (r == -ECONNREFUSED || r == -ENOENT || r == -ECONNRESET || r == -EACCES) {
-                return {ClipboardBusReply::Status::NotRunning, {}};
-            }
-            if (r == -ETIMEDOUT) return {ClipboardBusReply::Status::Failed, "the running Orvantis did not answer in time"};
-            return {ClipboardBusReply::Status::Failed, std::string("the session bus failed: ") + std::strerror(-r)};
-        }
         if (sd_bus_error_has_name(error.get(), std::string(kReplyTooLargeError).c_str())) {
             return {ClipboardBusReply::Status::TooLarge, error.get()->message != nullptr ? error.get()->message : ""};
         }
-        const char* text = error.get()->message != nullptr ? error.get()->message : error.get()->name;
-        return {ClipboardBusReply::Status::Failed, std::string("the running Orvantis answered: ") + text};
+        auto failure = classifyRunningProgramCallFailure(r, error.get());
+        switch (failure.kind) {
+            case RunningProgramCallFailure::Kind::notRunning: return {ClipboardBusReply::Status::NotRunning, {}};
+            case RunningProgramCallFailure::Kind::busFailed:
+                return {ClipboardBusReply::Status::Failed, std::move(failure.text)};
+            case RunningProgramCallFailure::Kind::programFailed:
+                return {ClipboardBusReply::Status::Failed, "the running Orvantis answered: " + failure.text};
+        }
     }
     if (method == "Clear") return {ClipboardBusReply::Status::Answered, {}};
     const char* listing = nullptr;

@@ -1,10 +1,9 @@
 #include "platform/freedesktop/shell_bus.h"
 
-#include <cerrno>
-#include <cstring>
 #include <exception>
 
 #include "platform/freedesktop/clipboard_bus.h"
+#include "platform/freedesktop/running_program_call.h"
 #include "platform/freedesktop/sd_bus_handles.h"
 #include "platform/freedesktop/single_instance_guard.h"
 
@@ -71,18 +70,9 @@ ShellBusReply callRunningShell(std::string_view window, std::chrono::millisecond
                               &replyRaw);
     SdBusMessagePtr reply(replyRaw);
     if (r >= 0) return {Status::Answered, {}};
-    if (sd_bus_error_has_names(error.get(), SD_BUS_ERROR_SERVICE_UNKNOWN, SD_BUS_ERROR_NAME_HAS_NO_OWNER))
-        return {Status::NotRunning, {}};
-    if (!sd_bus_error_is_set(error.get())) {
-        if (r == -ECONNREFUSED || r == -ENOENT || r == -ECONNRESET || r == -EACCES) return {Status::NotRunning, {}};
-        if (r == -ETIMEDOUT) return {Status::Failed, "the running Orvantis did not answer in time"};
-        return {Status::Failed, std::string("the session bus failed: ") + std::strerror(-r)};
-    }
-    if (sd_bus_error_has_names(error.get(), SD_BUS_ERROR_UNKNOWN_INTERFACE, SD_BUS_ERROR_UNKNOWN_OBJECT,
-                               SD_BUS_ERROR_UNKNOWN_METHOD))
-        return {Status::Failed, "the running Orvantis cannot show windows"};
-    const char* text = error.get()->message != nullptr ? error.get()->message : error.get()->name;
-    return {Status::Failed, text};
+    auto failure = classifyRunningProgramCallFailure(r, error.get(), "the running Orvantis cannot show windows");
+    if (failure.kind == RunningProgramCallFailure::Kind::notRunning) return {Status::NotRunning, {}};
+    return {Status::Failed, std::move(failure.text)};
 }
 
 }  // namespace orvantis::freedesktop

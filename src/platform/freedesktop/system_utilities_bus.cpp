@@ -1,11 +1,10 @@
 #include "platform/freedesktop/system_utilities_bus.h"
 
-#include <cerrno>
 #include <cstdint>
-#include <cstring>
 #include <exception>
 
 #include "platform/freedesktop/clipboard_bus.h"
+#include "platform/freedesktop/running_program_call.h"
 #include "platform/freedesktop/sd_bus_handles.h"
 #include "platform/freedesktop/single_instance_guard.h"
 
@@ -99,16 +98,11 @@ SystemUtilitiesReply callSystemUtilities(std::string_view method, std::optional<
         sd_bus_call(bus.get(), message.get(), static_cast<std::uint64_t>(perCall.count()), error.get(), &replyRaw);
     SdBusMessagePtr reply(replyRaw);
     if (r < 0) {
-        if (sd_bus_error_has_names(error.get(), SD_BUS_ERROR_SERVICE_UNKNOWN, SD_BUS_ERROR_NAME_HAS_NO_OWNER))
-            return {Status::NotRunning, {}, {}};
-        if (!sd_bus_error_is_set(error.get())) {
-            if (r == -ECONNREFUSED || r == -ENOENT || r == -ECONNRESET || r == -EACCES)
-                return {Status::NotRunning, {}, {}};
-            if (r == -ETIMEDOUT) return {Status::Failed, "the running Orvantis did not answer in time", {}};
-            return {Status::Failed, std::string("the session bus failed: ") + std::strerror(-r), {}};
-        }
-        const char* text = error.get()->message != nullptr ? error.get()->message : error.get()->name;
-        return {Status::Failed, text, error.get()->name != nullptr ? error.get()->name : ""};
+        auto failure = classifyRunningProgramCallFailure(r, error.get());
+        if (failure.kind == RunningProgramCallFailure::Kind::notRunning) return {Status::NotRunning, {}, {}};
+        const bool answered = failure.kind == RunningProgramCallFailure::Kind::programFailed;
+        return {Status::Failed, std::move(failure.text),
+                answered && error.get()->name != nullptr ? error.get()->name : ""};
     }
     if (method == "Lock") return {Status::Answered, {}, {}};
     const char* text = nullptr;
