@@ -188,6 +188,20 @@ window_geometry() {
   [[ -n $GEOMETRY_X && -n $GEOMETRY_Y && -n $GEOMETRY_W && -n $GEOMETRY_H ]]
 }
 
+# The settings window: a visible top-level window of the program, 760 wide.
+settings_window() {
+  local window
+  for window in $(xdotool search --onlyvisible --pid "$APP_PID" 2>/dev/null); do
+    is_top_level "$window" || continue
+    window_geometry "$window" || continue
+    ((GEOMETRY_W == 760)) || continue
+    echo "$window"
+    return 0
+  done
+  return 1
+}
+no_settings_window() { ! settings_window >/dev/null; }
+
 # wait_for_tray_icon PID SECONDS: sets ICON_WINDOW and its geometry ICON_X/Y/W/H.
 wait_for_tray_icon() {
   local pid=$1 limit=$2

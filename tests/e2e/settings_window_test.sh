@@ -10,20 +10,6 @@ desktop_up
 prefs=$XDG_CONFIG_HOME/orvantis/preferences.plist
 pages=(general translator layoutSwitcher clipboard pomodoro password snippets textTransformer bonus about)
 
-# The settings window: a visible top-level window of the program, 760 wide.
-settings_window() {
-  local window
-  for window in $(xdotool search --onlyvisible --pid "$APP_PID" 2>/dev/null); do
-    is_top_level "$window" || continue
-    window_geometry "$window" || continue
-    ((GEOMETRY_W == 760)) || continue
-    echo "$window"
-    return 0
-  done
-  return 1
-}
-no_settings_window() { ! settings_window >/dev/null; }
-
 run_language() {
   local lang=$1 window page
   "$ORVANTIS_BIN" settings set settingsLanguage "\"$lang\"" >/dev/null

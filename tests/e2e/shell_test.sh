@@ -146,19 +146,7 @@ wait_until 5 log_has "settings: window opened" || fail "show settings opened no 
 "$ORVANTIS_BIN" show settings || fail "the second show settings failed"
 sleep 0.5
 (($(log_text | grep -c "settings: window opened") == 1)) || fail "the second show settings made another window"
-# The settings window is 760 wide; Esc (Cancel) closes it before the overlay's turn.
-settings_window() {
-  local window
-  for window in $(xdotool search --onlyvisible --pid "$APP_PID" 2>/dev/null); do
-    is_top_level "$window" || continue
-    window_geometry "$window" || continue
-    ((GEOMETRY_W == 760)) || continue
-    echo "$window"
-    return 0
-  done
-  return 1
-}
-no_settings_window() { ! settings_window >/dev/null; }
+# Esc (Cancel) closes the settings window before the overlay's turn.
 settings=$(wait_until 5 settings_window >/dev/null && settings_window) || fail "no settings window to be seen"
 focus_window "$settings" || fail "the settings window cannot take the focus"
 xdotool key Escape
