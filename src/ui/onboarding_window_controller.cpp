@@ -155,6 +155,8 @@ OnboardingWindowController::OnboardingWindowController(OnboardingModel& model, S
     block(s.onboardingNotificationsName, s.onboardingNotificationsWhy, rows_[2], {}, nullptr);
     connect(accessibilityButton_, &QPushButton::clicked, this, [this] { model_.openAccessibilitySettings(); });
     connect(inputMonitoringButton_, &QPushButton::clicked, this, [this] { model_.openInputMonitoringSettings(); });
+    // Where there is no page to open (X11), the row shows its status and no button.
+    inputMonitoringButton_->setVisible(model_.hasInputMonitoringSettings());
 
     // First steps.
     column->addWidget(card(s.onboardingTipsTitle, body));

@@ -75,6 +75,24 @@ TEST_F(OnboardingWindowTest, TheAccessibilityButtonAsksAndOpensThePage) {
     EXPECT_EQ(permissions.openedPanes(), std::vector<Kind>{Kind::accessibility});
 }
 
+TEST_F(OnboardingWindowTest, WithoutAKeyboardPageTheKeyboardRowHasNoButtonButItsStatus) {
+    permissions.setHasInputMonitoringSettings(false);
+    OnboardingWindowController window(model, SettingsLanguage::en);
+    window.showAndActivate();
+    EXPECT_FALSE(window.inputMonitoringButton()->isVisible());
+    EXPECT_EQ(window.statusText(1), QStringLiteral("Not granted"));
+    EXPECT_TRUE(window.accessibilityButton()->isVisible());
+}
+
+TEST_F(OnboardingWindowTest, WithAKeyboardPageItsButtonAsksAndOpensIt) {
+    OnboardingWindowController window(model, SettingsLanguage::en);
+    window.showAndActivate();
+    ASSERT_TRUE(window.inputMonitoringButton()->isVisible());
+    window.inputMonitoringButton()->click();
+    EXPECT_EQ(permissions.requestCount(Kind::inputMonitoring), 1u);
+    EXPECT_EQ(permissions.openedPanes(), std::vector<Kind>{Kind::inputMonitoring});
+}
+
 TEST(HelpViewTest, ThePickerSwitchesTheViewsLanguageOnly) {
     HelpView view(SettingsLanguage::en);
     EXPECT_EQ(view.sectionTitles(),
