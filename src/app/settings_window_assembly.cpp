@@ -2,12 +2,15 @@
 
 #include <QTimer>
 
+#include "app/pomodoro_assembly.h"
 #include "app/system_utilities_assembly.h"
 #include "build_info.h"
 #include "core/clipboard/clipboard_monitor.h"
 #include "core/events/global_event_monitor.h"
 #include "core/events/notification_center.h"
 #include "core/log/app_logger.h"
+#include "core/pomodoro/dnd_manager.h"
+#include "core/pomodoro/pomodoro_coordinator.h"
 #include "core/settings/hotkey_names.h"
 #include "core/utilities/caffeine_coordinator.h"
 #include "core/utilities/keyboard_lock_coordinator.h"
@@ -154,6 +157,13 @@ void SettingsWindowAssembly::openSettings() {
         return apps;
     };
     ui.virtualKeyForScanCode = virtualKeyForScanCode;
+    ui.focusCommandsAvailable = [this] {
+        // The Pomodoro's own Focus switch looks again, so that its next session knows too.
+        if (auto* pomodoro = collaborators_.pomodoro) return pomodoro->coordinator().dnd().refreshAvailability();
+        if (auto* commands = services_.desktop.focusCommands) return DNDManager::isSetupComplete(*commands);
+        return false;
+    };
+    ui.openFocusCommandFolder = [this] { openFocusCommandFolder(services_.logger); };
     ui.suspendGrabs = [this](bool capturing) { suspendGrabs(capturing); };
     ui.clearClipboardHistory = [this] {
         if (auto* clipboard = collaborators_.clipboard) {

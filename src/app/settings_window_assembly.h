@@ -14,6 +14,7 @@ class SettingsWindowController;
 
 namespace orvantis::app {
 
+class PomodoroAssembly;
 class SystemUtilitiesAssembly;
 
 /// The features a save reaches beyond the settings store; each may be null when its feature is
@@ -22,6 +23,8 @@ struct SettingsWindowCollaborators {
     GlobalEventMonitor* monitor = nullptr;
     ClipboardMonitor* clipboard = nullptr;
     SystemUtilitiesAssembly* systemUtilities = nullptr;
+    /// Its Focus switch is asked again by the Pomodoro page's Recheck button.
+    PomodoroAssembly* pomodoro = nullptr;
 };
 
 /// The settings window: made at openSettings(), one at a time, and dropped when it closes. The

@@ -270,7 +270,29 @@ struct SettingsWindowController::Builder {
         caption(main, t.longBreakHint);
         auto* focus = card(p, t.focusSectionTitle);
         toggle(focus, t.focusToggleEnable, s::kPomodoroToggleDND);
+        // The status line: whether both commands are in their folder, with Recheck and Open.
+        auto* status = new QHBoxLayout;
+        status->addWidget(new QLabel(q(t.focusStatusLabel)));
+        w.focusStatusIcon_ = new QLabel;
+        w.focusStatusIcon_->setObjectName("focusStatusIcon");
+        status->addWidget(w.focusStatusIcon_);
+        w.focusStatusText_ = new QLabel;
+        w.focusStatusText_->setObjectName("focusStatusText");
+        status->addWidget(w.focusStatusText_, 1);
+        auto* recheck = new QPushButton(q(t.focusRecheck));
+        recheck->setObjectName("focusRecheck");
+        QObject::connect(recheck, &QPushButton::clicked, &w, [this] { w.recheckFocusClicked(); });
+        status->addWidget(recheck);
+        auto* open = new QPushButton(q(t.focusOpenShortcuts));
+        open->setObjectName("focusOpenShortcuts");
+        QObject::connect(open, &QPushButton::clicked, &w, [this] {
+            if (w.services_.openFocusCommandFolder) w.services_.openFocusCommandFolder();
+        });
+        status->addWidget(open);
+        focus->addLayout(status);
+        w.recheckFocusClicked();
         caption(focus, t.focusToggleHint);
+        caption(focus, t.focusWhy);
         help(p, t.helpPomodoroTitle, t.helpPomodoroText);
     }
     void password(QVBoxLayout* p) {
@@ -535,6 +557,8 @@ void SettingsWindowController::rebuildEverything() {
     pageCache_.clear();
     hotkeyButtons_.clear();
     hotkeyConflictLabels_.clear();
+    focusStatusIcon_ = nullptr;
+    focusStatusText_ = nullptr;
     snippetTable_ = nullptr;
     snippetEmptyLabel_ = nullptr;
     snippetRemoveButton_ = nullptr;
@@ -604,6 +628,27 @@ QPushButton* SettingsWindowController::hotkeyButton(HotkeyField field) const {
 QLabel* SettingsWindowController::conflictLabel(HotkeyField field) const {
     auto it = hotkeyConflictLabels_.find(field);
     return it == hotkeyConflictLabels_.end() ? nullptr : it->second;
+}
+
+void SettingsWindowController::recheckFocusClicked() {
+    showFocusStatus(services_.focusCommandsAvailable && services_.focusCommandsAvailable());
+}
+
+void SettingsWindowController::showFocusStatus(bool available) {
+    if (focusStatusText_ == nullptr) return;
+    const auto t = form_.strings();
+    const QColor colour = available ? QColor(0x2e, 0x9e, 0x5b) : QColor(0xd9, 0x7a, 0x00);
+    const QIcon icon = available ? QIcon::fromTheme("emblem-ok-symbolic", style()->standardIcon(QStyle::SP_DialogApplyButton))
+                                 : QIcon::fromTheme("dialog-warning", style()->standardIcon(QStyle::SP_MessageBoxWarning));
+    focusStatusIcon_->setPixmap(icon.pixmap(16, 16));
+    QPalette palette = focusStatusText_->palette();
+    palette.setColor(QPalette::WindowText, colour);
+    focusStatusText_->setPalette(palette);
+    focusStatusText_->setText(q(available ? t.focusStatusFound : t.focusStatusMissing));
+}
+
+QString SettingsWindowController::focusStatusText() const {
+    return focusStatusText_ == nullptr ? QString() : focusStatusText_->text();
 }
 
 void SettingsWindowController::refreshHotkeyButtons() {

@@ -41,6 +41,11 @@ struct SettingsWindowServices {
     std::function<void()> clearClipboardHistory;
     /// Builds the collaborators of a save; the window is passed for its alerts.
     std::function<std::unique_ptr<SettingsSaveTarget>(class SettingsWindowController&)> makeSaveTarget;
+    /// Looks for the two Focus commands again and answers whether both are there; the Pomodoro
+    /// page's status line shows the answer. Empty: the line says they are missing.
+    std::function<bool()> focusCommandsAvailable;
+    /// Shows the Focus commands' folder in the file manager, making it first if missing.
+    std::function<void()> openFocusCommandFolder;
     /// The program's version, shown on the About page.
     std::string version;
 };
@@ -70,6 +75,10 @@ public:
     void saveClicked();
     void cancelClicked();
     void hotkeyButtonClicked(HotkeyField field);
+    /// The Focus card's Recheck button: asks for the commands again and redraws the status line.
+    void recheckFocusClicked();
+    /// The Focus status line's text, empty until the Pomodoro page is built.
+    QString focusStatusText() const;
 
     /// Alerts the save sequence asks for.
     bool askClipboardConsent();
@@ -85,6 +94,7 @@ private:
     QWidget* buildPage(SettingsSection section);
     void refreshHotkeyButtons();
     void refreshSnippets();
+    void showFocusStatus(bool available);
     void rebuildAppList(QVBoxLayout* list, const StringListSetting& setting);
     void addAppClicked(QVBoxLayout* list, const StringListSetting& setting);
 
@@ -101,6 +111,8 @@ private:
     std::map<SettingsSection, QWidget*> pageCache_;
     std::map<HotkeyField, QPushButton*> hotkeyButtons_;
     std::map<HotkeyField, QLabel*> hotkeyConflictLabels_;
+    QLabel* focusStatusIcon_ = nullptr;
+    QLabel* focusStatusText_ = nullptr;
     QTableWidget* snippetTable_ = nullptr;
     QLabel* snippetEmptyLabel_ = nullptr;
     QPushButton* snippetRemoveButton_ = nullptr;

@@ -67,6 +67,11 @@ protected:
         };
         services.suspendGrabs = [this](bool on) { grabs_.push_back(on); };
         services.makeSaveTarget = [this](SettingsWindowController&) { return std::make_unique<FakeTarget>(calls_); };
+        services.focusCommandsAvailable = [this] {
+            ++focusChecks_;
+            return focusCommandsThere_;
+        };
+        services.openFocusCommandFolder = [this] { ++focusFolderOpened_; };
         return std::make_unique<SettingsWindowController>(settings_, services, [this] { ++closed_; });
     }
     static void press(QWidget* target, quint32 scanCode, Qt::KeyboardModifiers modifiers) {
@@ -82,6 +87,9 @@ protected:
     std::vector<std::string> calls_;
     std::vector<bool> grabs_;
     int closed_ = 0;
+    bool focusCommandsThere_ = false;
+    int focusChecks_ = 0;
+    int focusFolderOpened_ = 0;
 };
 
 TEST_F(SettingsWindowTest, HasTenPagesInTheToolbarAndBuildsEachOnce) {
@@ -176,6 +184,29 @@ TEST_F(SettingsWindowTest, TheSnippetTableAddsEditsAndDropsIncompleteRows) {
     const auto entries = SnippetExpander(store_).entries();
     ASSERT_EQ(entries.size(), 1u);
     EXPECT_EQ(entries[0].shortcut, "addr");
+}
+
+TEST_F(SettingsWindowTest, TheFocusStatusLineRechecksAndOpensTheCommandsFolder) {
+    auto w = makeWindow();
+    EXPECT_EQ(focusChecks_, 0);  // asked only when the Pomodoro page is built
+    QWidget* page = w->page(SettingsSection::pomodoro);
+    EXPECT_EQ(focusChecks_, 1);
+    EXPECT_EQ(w->focusStatusText(), QStringLiteral("Commands not found"));
+    focusCommandsThere_ = true;  // the user made both commands meanwhile
+    EXPECT_EQ(w->focusStatusText(), QStringLiteral("Commands not found"));
+    page->findChild<QPushButton*>("focusRecheck")->click();
+    EXPECT_EQ(focusChecks_, 2);
+    EXPECT_EQ(w->focusStatusText(), QStringLiteral("Both commands found"));
+    EXPECT_FALSE(page->findChild<QLabel*>("focusStatusIcon")->pixmap().isNull());
+    page->findChild<QPushButton*>("focusOpenShortcuts")->click();
+    EXPECT_EQ(focusFolderOpened_, 1);
+}
+
+TEST_F(SettingsWindowTest, TheFocusStatusLineSpeaksTheFormsLanguage) {
+    settings_.setSettingsLanguage(SettingsLanguage::ru);
+    auto w = makeWindow();
+    w->page(SettingsSection::pomodoro);
+    EXPECT_EQ(w->focusStatusText().toStdString(), SettingsStrings::make(SettingsLanguage::ru).focusStatusMissing);
 }
 
 TEST_F(SettingsWindowTest, AStoredPasswordLengthAboveTheSliderShowsAtItsEnd) {
