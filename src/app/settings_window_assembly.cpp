@@ -35,6 +35,18 @@ std::optional<std::uint16_t> virtualKeyForScanCode(std::uint32_t code) {
 
 }  // namespace
 
+std::vector<ui::InstalledApp> listableApplications(const freedesktop::DesktopEntries& entries, const LogCategory& log,
+                                                   std::set<std::filesystem::path>& reported) {
+    for (const auto& skipped : entries.skipped())
+        if (reported.insert(skipped.path).second)
+            log.warning("settings: the desktop file " + skipped.path.string() + " is left out of the app lists: " +
+                        skipped.reason);
+    std::vector<ui::InstalledApp> apps;
+    for (const auto& entry : entries.entries())
+        if (!entry.noDisplay) apps.push_back({entry.id, entry.name, entry.icon});
+    return apps;
+}
+
 /// The save's reach into the running features. Alerts go through the window.
 class SettingsWindowAssembly::SaveTarget final : public SettingsSaveTarget {
 public:
@@ -150,11 +162,11 @@ void SettingsWindowAssembly::openSettings() {
         return;
     }
     ui::SettingsWindowServices ui;
-    ui.installedApps = [] {
-        std::vector<ui::InstalledApp> apps;
-        const freedesktop::DesktopEntries entries;
-        for (const auto& entry : entries.entries()) apps.push_back({entry.id, entry.name, entry.icon});
-        return apps;
+    // The applications folders are read once for each window, at the first list that needs them.
+    ui.installedApps = [this, cache = std::make_shared<std::optional<std::vector<ui::InstalledApp>>>()] {
+        if (!*cache)
+            *cache = listableApplications(freedesktop::DesktopEntries(), services_.logger.log().app, reportedDesktopFiles_);
+        return **cache;
     };
     ui.virtualKeyForScanCode = virtualKeyForScanCode;
     ui.focusCommandsAvailable = [this] {
