@@ -1,6 +1,8 @@
 #include "app/settings_window_assembly.h"
 
+#include <QGuiApplication>
 #include <QTimer>
+#include <QWindow>
 
 #include "app/pomodoro_assembly.h"
 #include "app/system_utilities_assembly.h"
@@ -177,6 +179,13 @@ void SettingsWindowAssembly::openSettings() {
     };
     ui.openFocusCommandFolder = [this] { openFocusCommandFolder(services_.logger); };
     ui.suspendGrabs = [this](bool capturing) { suspendGrabs(capturing); };
+    ui.grabKeyboard = [](QWindow& window) {
+        // Only X11 grabs for real; Qt's other platforms (offscreen in tests) have no grab to lose.
+        return QGuiApplication::platformName() != QLatin1String("xcb") || window.setKeyboardGrabEnabled(true);
+    };
+    ui.captureInterrupted = [this](std::string_view why) {
+        services_.logger.log().app.warning("settings: hotkey capture cancelled, " + std::string(why));
+    };
     ui.clearClipboardHistory = [this] {
         if (auto* clipboard = collaborators_.clipboard) {
             clipboard->history().clear();

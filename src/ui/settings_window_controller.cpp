@@ -29,14 +29,19 @@
 #include <QTimer>
 #include <QToolBar>
 #include <QVBoxLayout>
+#include <QWindow>
 
 #include "core/language/language_catalog.h"
 #include "core/settings/hotkey_names.h"
+#include "core/shell/shell_texts.h"
 
 namespace orvantis::ui {
 namespace {
 
 namespace s = settings;
+
+/// How long a hotkey button says that its capture was interrupted.
+constexpr int kInterruptionMessageTime = 4000;
 
 QString q(std::string_view text) { return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())); }
 
@@ -470,14 +475,22 @@ SettingsWindowController::SettingsWindowController(AppSettings& settings, Settin
         QTimer::singleShot(0, this, [this] { rebuildEverything(); });
     };
     form_.onCaptureActive = [this](bool active) {
+        bool taken = true;
         if (active) {
+            interruptedField_.reset();
             grabKeyboard();
+            if (services_.grabKeyboard && windowHandle() != nullptr) taken = services_.grabKeyboard(*windowHandle());
             qApp->installEventFilter(this);
         } else {
             qApp->removeEventFilter(this);
             releaseKeyboard();
+            if (services_.grabKeyboard && windowHandle() != nullptr) windowHandle()->setKeyboardGrabEnabled(false);
         }
         if (services_.suspendGrabs) services_.suspendGrabs(active);
+        // Another program holds the keyboard: the keys would never come here. Ended on the next
+        // turn, outside the form's own call.
+        if (!taken)
+            QTimer::singleShot(0, this, [this] { captureInterrupted("another program holds the keyboard"); });
     };
     form_.onExternalChange = [this] {
         // The setting changed elsewhere: untouched fields follow, and the pages are rebuilt from
@@ -735,7 +748,31 @@ void SettingsWindowController::hotkeyButtonClicked(HotkeyField field) {
     refreshHotkeyButtons();
 }
 
+void SettingsWindowController::captureInterrupted(const char* why) {
+    const std::optional<HotkeyField> field = form_.activeCapture();
+    if (!field) return;
+    form_.cancelCapture();  // gives the keyboard back and restores the global hotkeys
+    refreshHotkeyButtons();
+    if (services_.captureInterrupted) services_.captureInterrupted(why);
+    interruptedField_ = field;
+    if (QPushButton* button = hotkeyButton(*field)) {
+        button->setText(q(shell::captureInterruptedText(form_.language())));
+        button->setToolTip(button->text());
+    }
+    QTimer::singleShot(kInterruptionMessageTime, this, [this, field] {
+        if (interruptedField_ != field) return;
+        interruptedField_.reset();
+        if (QPushButton* button = hotkeyButton(*field)) button->setToolTip({});
+        refreshHotkeyButtons();
+    });
+}
+
 bool SettingsWindowController::eventFilter(QObject* watched, QEvent* event) {
+    if (form_.activeCapture() && watched == this && event->type() == QEvent::WindowDeactivate) {
+        // The window lost the keyboard: another program's grab, or another window activated.
+        QTimer::singleShot(0, this, [this] { captureInterrupted("the window lost the keyboard"); });
+        return QWidget::eventFilter(watched, event);
+    }
     if (form_.activeCapture() && event->type() == QEvent::ShortcutOverride) {
         // While capturing, Return, Esc and the page keys belong to the capture, not to shortcuts.
         event->accept();

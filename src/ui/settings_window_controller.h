@@ -17,6 +17,7 @@ class QPushButton;
 class QStackedWidget;
 class QTableWidget;
 class QToolBar;
+class QWindow;
 class QVBoxLayout;
 
 namespace orvantis::ui {
@@ -37,6 +38,11 @@ struct SettingsWindowServices {
     /// Called with true when a hotkey capture starts and false when it ends: the global grabs
     /// must be let go meanwhile, or the keys never reach the window.
     std::function<void(bool capturing)> suspendGrabs;
+    /// Takes the keyboard for `window` while a hotkey capture runs, and answers whether it got
+    /// it: false when another program holds the keyboard. Empty: Qt's grab, taken for granted.
+    std::function<bool(QWindow& window)> grabKeyboard;
+    /// Told why a hotkey capture was cancelled when the keyboard went elsewhere (for the log).
+    std::function<void(std::string_view why)> captureInterrupted;
     /// Clears the clipboard history and its snapshot at once (outside the form).
     std::function<void()> clearClipboardHistory;
     /// Builds the collaborators of a save; the window is passed for its alerts.
@@ -94,6 +100,8 @@ private:
     QWidget* buildPage(SettingsSection section);
     void refreshHotkeyButtons();
     void refreshSnippets();
+    /// Ends the capture because the keyboard went elsewhere, and says so in its button.
+    void captureInterrupted(const char* why);
     void showFocusStatus(bool available);
     void rebuildAppList(QVBoxLayout* list, const StringListSetting& setting);
     void addAppClicked(QVBoxLayout* list, const StringListSetting& setting);
@@ -118,6 +126,8 @@ private:
     QPushButton* snippetRemoveButton_ = nullptr;
     SettingsSection currentSection_ = SettingsSection::general;
     bool closing_ = false;
+    /// The button that shows the interruption message, until the message times out.
+    std::optional<HotkeyField> interruptedField_;
 };
 
 }  // namespace orvantis::ui

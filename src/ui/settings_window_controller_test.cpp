@@ -72,6 +72,8 @@ protected:
             return focusCommandsThere_;
         };
         services.openFocusCommandFolder = [this] { ++focusFolderOpened_; };
+        services.grabKeyboard = [this](QWindow&) { return keyboardFree_; };
+        services.captureInterrupted = [this](std::string_view why) { interruptions_.emplace_back(why); };
         return std::make_unique<SettingsWindowController>(settings_, services, [this] { ++closed_; });
     }
     static void press(QWidget* target, quint32 scanCode, Qt::KeyboardModifiers modifiers) {
@@ -90,6 +92,8 @@ protected:
     bool focusCommandsThere_ = false;
     int focusChecks_ = 0;
     int focusFolderOpened_ = 0;
+    bool keyboardFree_ = true;
+    std::vector<std::string> interruptions_;
 };
 
 TEST_F(SettingsWindowTest, HasTenPagesInTheToolbarAndBuildsEachOnce) {
@@ -133,6 +137,44 @@ TEST_F(SettingsWindowTest, EscEndsTheCaptureWithTheOldTitle) {
     press(button, 9, Qt::NoModifier);
     EXPECT_EQ(button->text().toStdString(), "Super+Shift+X");
     EXPECT_FALSE(w->form().activeCapture());
+}
+
+TEST_F(SettingsWindowTest, ACaptureThatCannotTakeTheKeyboardEndsAndSaysSo) {
+    keyboardFree_ = false;  // another program holds the keyboard
+    auto w = makeWindow();
+    w->show();
+    w->selectSection(SettingsSection::translator);
+    QPushButton* button = w->hotkeyButton(HotkeyField::translation);
+    button->click();
+    QApplication::processEvents();
+    EXPECT_FALSE(w->form().activeCapture());
+    EXPECT_EQ(grabs_, (std::vector<bool>{true, false}));  // the global hotkeys are back
+    EXPECT_EQ(button->text(), QStringLiteral("Keyboard taken; not recorded"));
+    EXPECT_EQ(interruptions_.size(), 1u);
+    keyboardFree_ = true;  // the other program let go: the next click captures as usual
+    button->click();
+    EXPECT_TRUE(w->form().activeCapture());
+    EXPECT_EQ(button->text().toStdString(), SettingsStrings::make(SettingsLanguage::en).pressKeys);
+    press(button, 53, Qt::MetaModifier | Qt::AltModifier);
+    EXPECT_EQ(button->text(), QStringLiteral("Super+Alt+X"));
+}
+
+TEST_F(SettingsWindowTest, ACaptureEndsWhenTheWindowLosesTheKeyboard) {
+    settings_.setSettingsLanguage(SettingsLanguage::ru);
+    auto w = makeWindow();
+    w->show();
+    w->selectSection(SettingsSection::translator);
+    QPushButton* button = w->hotkeyButton(HotkeyField::translation);
+    button->click();
+    ASSERT_TRUE(w->form().activeCapture());
+    QEvent deactivate(QEvent::WindowDeactivate);
+    QApplication::sendEvent(w.get(), &deactivate);
+    QApplication::processEvents();
+    EXPECT_FALSE(w->form().activeCapture());
+    EXPECT_EQ(grabs_, (std::vector<bool>{true, false}));
+    EXPECT_EQ(button->text(), QString::fromUtf8("Клавиатура занята, не записано"));
+    w->saveClicked();
+    EXPECT_TRUE(settings_.translationHotkey() == s::kTranslationHotkey.defaultValue);
 }
 
 TEST_F(SettingsWindowTest, CancelChangesNothingOnDisk) {
