@@ -1,5 +1,7 @@
 #include "app/settings_window_assembly.h"
 
+#include <cstdio>
+
 #include <QGuiApplication>
 #include <QTimer>
 #include <QWindow>
@@ -182,6 +184,15 @@ void SettingsWindowAssembly::openSettings() {
     ui.grabKeyboard = [](QWindow& window) {
         // Only X11 grabs for real; Qt's other platforms (offscreen in tests) have no grab to lose.
         return QGuiApplication::platformName() != QLatin1String("xcb") || window.setKeyboardGrabEnabled(true);
+    };
+    ui.pagePainted = [this](SettingsSection section, bool firstOfWindow, double milliseconds) {
+        char figure[32];
+        std::snprintf(figure, sizeof figure, "%.1f ms", milliseconds);
+        services_.logger.log().app.info(
+            firstOfWindow ? "settings: window painted, " + std::string(caseName(section)) + " page, " + figure +
+                                " after it was asked for"
+                          : "settings: " + std::string(caseName(section)) + " page painted " + figure +
+                                " after it was chosen");
     };
     ui.captureInterrupted = [this](std::string_view why) {
         services_.logger.log().app.warning("settings: hotkey capture cancelled, " + std::string(why));

@@ -467,6 +467,7 @@ struct SettingsWindowController::Builder {
 SettingsWindowController::SettingsWindowController(AppSettings& settings, SettingsWindowServices services,
                                                    std::function<void()> onClosed)
     : settings_(settings), services_(std::move(services)), onClosed_(std::move(onClosed)), form_(settings) {
+    const auto madeAt = std::chrono::steady_clock::now();
     setAttribute(Qt::WA_QuitOnClose, false);
     setWindowFlags(Qt::Window | Qt::WindowTitleHint | Qt::WindowCloseButtonHint);
     resize(760, 560);
@@ -512,6 +513,7 @@ SettingsWindowController::SettingsWindowController(AppSettings& settings, Settin
     connect(new QShortcut(QKeySequence(Qt::Key_Return), this), &QShortcut::activated, this,
             &SettingsWindowController::saveClicked);
     buildUI();
+    watchPaint(currentSection_, madeAt);
 }
 
 SettingsWindowController::~SettingsWindowController() {
@@ -572,6 +574,7 @@ void SettingsWindowController::rebuildEverything() {
     hotkeyConflictLabels_.clear();
     focusStatusIcon_ = nullptr;
     focusStatusText_ = nullptr;
+    paintWatched_ = nullptr;  // the pages go; the rebuilt one is not timed
     snippetTable_ = nullptr;
     snippetEmptyLabel_ = nullptr;
     snippetRemoveButton_ = nullptr;
@@ -626,11 +629,25 @@ QWidget* SettingsWindowController::page(SettingsSection section) {
     return built;
 }
 
+void SettingsWindowController::watchPaint(SettingsSection section, std::chrono::steady_clock::time_point since) {
+    if (!services_.pagePainted) return;
+    if (paintWatched_ != nullptr) paintWatched_->removeEventFilter(this);
+    auto* scroll = qobject_cast<QScrollArea*>(page(section));
+    paintWatched_ = scroll != nullptr ? scroll->widget() : nullptr;
+    if (paintWatched_ == nullptr) return;
+    paintWatchedSection_ = section;
+    paintWatchedSince_ = since;
+    paintWatched_->installEventFilter(this);
+}
+
 void SettingsWindowController::selectSection(SettingsSection section) {
+    const auto chosenAt = std::chrono::steady_clock::now();
+    const bool switching = section != currentSection_ && windowPainted_;
     currentSection_ = section;
     stack_->setCurrentWidget(page(section));
     for (QAction* action : toolbar_->actions())
         if (action->objectName() == QString("settings.") + q(caseName(section))) action->setChecked(true);
+    if (switching) watchPaint(section, chosenAt);
 }
 
 QPushButton* SettingsWindowController::hotkeyButton(HotkeyField field) const {
@@ -768,6 +785,15 @@ void SettingsWindowController::captureInterrupted(const char* why) {
 }
 
 bool SettingsWindowController::eventFilter(QObject* watched, QEvent* event) {
+    if (watched == paintWatched_ && event->type() == QEvent::Paint) {
+        paintWatched_->removeEventFilter(this);
+        paintWatched_ = nullptr;
+        const bool first = !windowPainted_;
+        windowPainted_ = true;
+        const std::chrono::duration<double, std::milli> elapsed = std::chrono::steady_clock::now() - paintWatchedSince_;
+        services_.pagePainted(paintWatchedSection_, first, elapsed.count());
+        return false;
+    }
     if (form_.activeCapture() && watched == this && event->type() == QEvent::WindowDeactivate) {
         // The window lost the keyboard: another program's grab, or another window activated.
         QTimer::singleShot(0, this, [this] { captureInterrupted("the window lost the keyboard"); });

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -41,6 +42,9 @@ struct SettingsWindowServices {
     /// Takes the keyboard for `window` while a hotkey capture runs, and answers whether it got
     /// it: false when another program holds the keyboard. Empty: Qt's grab, taken for granted.
     std::function<bool(QWindow& window)> grabKeyboard;
+    /// Told when a page has painted for the first time after it was chosen (or, the first time,
+    /// after the window was made), with the milliseconds in between: the figures of the speed log.
+    std::function<void(SettingsSection section, bool firstOfWindow, double milliseconds)> pagePainted;
     /// Told why a hotkey capture was cancelled when the keyboard went elsewhere (for the log).
     std::function<void(std::string_view why)> captureInterrupted;
     /// Clears the clipboard history and its snapshot at once (outside the form).
@@ -103,6 +107,8 @@ private:
     /// Ends the capture because the keyboard went elsewhere, and says so in its button.
     void captureInterrupted(const char* why);
     void showFocusStatus(bool available);
+    /// Waits for the first paint of `section`'s page, timed from `since`.
+    void watchPaint(SettingsSection section, std::chrono::steady_clock::time_point since);
     void rebuildAppList(QVBoxLayout* list, const StringListSetting& setting);
     void addAppClicked(QVBoxLayout* list, const StringListSetting& setting);
 
@@ -128,6 +134,11 @@ private:
     bool closing_ = false;
     /// The button that shows the interruption message, until the message times out.
     std::optional<HotkeyField> interruptedField_;
+    /// The page whose first paint is awaited, and since when.
+    QWidget* paintWatched_ = nullptr;
+    SettingsSection paintWatchedSection_ = SettingsSection::general;
+    std::chrono::steady_clock::time_point paintWatchedSince_;
+    bool windowPainted_ = false;
 };
 
 }  // namespace orvantis::ui

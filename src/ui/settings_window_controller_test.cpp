@@ -74,6 +74,10 @@ protected:
         services.openFocusCommandFolder = [this] { ++focusFolderOpened_; };
         services.grabKeyboard = [this](QWindow&) { return keyboardFree_; };
         services.captureInterrupted = [this](std::string_view why) { interruptions_.emplace_back(why); };
+        services.pagePainted = [this](SettingsSection section, bool first, double ms) {
+            painted_.push_back(std::string(caseName(section)) + (first ? " first" : " switch"));
+            EXPECT_GE(ms, 0.0);
+        };
         return std::make_unique<SettingsWindowController>(settings_, services, [this] { ++closed_; });
     }
     static void press(QWidget* target, quint32 scanCode, Qt::KeyboardModifiers modifiers) {
@@ -94,6 +98,7 @@ protected:
     int focusFolderOpened_ = 0;
     bool keyboardFree_ = true;
     std::vector<std::string> interruptions_;
+    std::vector<std::string> painted_;
 };
 
 TEST_F(SettingsWindowTest, HasTenPagesInTheToolbarAndBuildsEachOnce) {
@@ -175,6 +180,24 @@ TEST_F(SettingsWindowTest, ACaptureEndsWhenTheWindowLosesTheKeyboard) {
     EXPECT_EQ(button->text(), QString::fromUtf8("Клавиатура занята, не записано"));
     w->saveClicked();
     EXPECT_TRUE(settings_.translationHotkey() == s::kTranslationHotkey.defaultValue);
+}
+
+TEST_F(SettingsWindowTest, TellsTheFirstPaintOfTheWindowAndOfEachChosenPage) {
+    auto w = makeWindow();
+    EXPECT_TRUE(painted_.empty());
+    w->show();
+    QApplication::processEvents();
+    w->repaint();
+    EXPECT_EQ(painted_, std::vector<std::string>{"general first"});
+    w->repaint();  // later paints of the same page are not timed
+    EXPECT_EQ(painted_.size(), 1u);
+    w->selectSection(SettingsSection::translator);
+    QApplication::processEvents();
+    w->repaint();
+    w->selectSection(SettingsSection::general);
+    QApplication::processEvents();
+    w->repaint();
+    EXPECT_EQ(painted_, (std::vector<std::string>{"general first", "translator switch", "general switch"}));
 }
 
 TEST_F(SettingsWindowTest, CancelChangesNothingOnDisk) {
