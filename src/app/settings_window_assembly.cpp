@@ -3,9 +3,11 @@
 #include <cstdio>
 
 #include <QGuiApplication>
+#include <QPixmapCache>
 #include <QTimer>
 #include <QWindow>
 
+#include "app/launch_code_pages.h"
 #include "app/pomodoro_assembly.h"
 #include "app/system_utilities_assembly.h"
 #include "build_info.h"
@@ -209,7 +211,14 @@ void SettingsWindowAssembly::openSettings() {
     ui.version = std::string(build::kVersion) + " (" + build::kBuild + ")";
     window_ = std::make_unique<ui::SettingsWindowController>(services_.settings, std::move(ui), [this] {
         // Dropped one turn later: the window is still inside its own close event.
-        QTimer::singleShot(0, [this] { window_.reset(); });
+        QTimer::singleShot(0, [this] {
+            window_.reset();
+            // What the window leaves behind: the icons it drew, the holes its widgets leave all
+            // over the heap, and the pages of its code, which the next opening maps again.
+            QPixmapCache::clear();
+            trimHeap();
+            releaseOwnCodePages();  // last, so that no code of ours runs after it in this turn
+        });
     });
     if (window_->form().snippetsUnreadable())
         services_.logger.log().app.warning(
