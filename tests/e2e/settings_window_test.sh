@@ -50,7 +50,24 @@ process_running "$APP_PID" || fail "closing the settings window ended the progra
 kill "$APP_PID"
 wait_exit "$APP_PID" 10
 
-run_language ru
+# The Russian run finds both Focus commands, so its Pomodoro page shows them found; its Open
+# Folder button hands the commands' folder to xdg-open (a stand-in that writes down its argument).
+focus_dir=$XDG_CONFIG_HOME/orvantis/focus
+mkdir -p "$focus_dir" "$ORVANTIS_DESKTOP_DIR/bin"
+for command in "Orvantis Focus On" "Orvantis Focus Off"; do
+  printf '#!/bin/sh\nexit 0\n' >"$focus_dir/$command"
+  chmod +x "$focus_dir/$command"
+done
+opened=$ORVANTIS_DESKTOP_DIR/xdg-open-args
+printf '#!/bin/sh\nprintf "%%s\\n" "$*" >>"%s"\n' "$opened" >"$ORVANTIS_DESKTOP_DIR/bin/xdg-open"
+chmod +x "$ORVANTIS_DESKTOP_DIR/bin/xdg-open"
+PATH="$ORVANTIS_DESKTOP_DIR/bin:$PATH" run_language ru
+for _ in 1 2 3 4; do xdotool key ctrl+Next; done  # from the first page to the Pomodoro page
+sleep 0.4
+xdotool mousemove 925 424 click 1  # Открыть папку
+wait_until 5 test -s "$opened" || fail "Open Folder did not call xdg-open"
+grep -qF "$focus_dir" "$opened" || fail "Open Folder opened something else: $(cat "$opened")"
+note "Open Folder hands $(cat "$opened") to xdg-open"
 kill "$APP_PID"
 wait_exit "$APP_PID" 10
 
