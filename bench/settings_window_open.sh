@@ -18,7 +18,8 @@
 # opened (the tray menu opened and closed once), after the first close, and after the last, each SETTLE_S (default 3) after the close;
 # Anonymous beside them separates the heap from the pages of libraries, fonts and the program's
 # own code that the first opening reads in from disk (clean, shared, and kept by any process
-# that has used them once).
+# that has used them once). Pss splits shared pages among every process that maps them: with
+# other Qt programs starting and ending beside it, Pss moves by megabytes; Rss does not.
 #
 # Needs xdotool, x11-utils, python3 and the packages of scripts/install-deps.sh; the program at
 # build/src/app/orvantis (or ORVANTIS_BIN).
@@ -110,7 +111,7 @@ echo "page switch, key to paint, ms:    $(printf '%s\n' "${switch_outside[@]}" |
 echo "page switch, inside, ms:          $(printf '%s\n' "${switch_inside[@]}" | stats)"
 echo "memory, kB       Rss    Pss   Anonymous   (growth Rss / Pss / Anonymous)"
 echo "never opened    $rss0  $pss0  $anon0"
-echo "after 1 close   $rss1  $pss1  $anon1   (+$((rss1 - rss0)) / +$((pss1 - pss0)) / +$((anon1 - anon0)))"
-echo "after $ROUNDS closes $rssN  $pssN  $anonN   (+$((rssN - rss0)) / +$((pssN - pss0)) / +$((anonN - anon0)))"
+printf 'after 1 close   %s  %s  %s   (%+d / %+d / %+d)\n' "$rss1" "$pss1" "$anon1" $((rss1 - rss0)) $((pss1 - pss0)) $((anon1 - anon0))
+printf 'after %s closes %s  %s  %s   (%+d / %+d / %+d)\n' "$ROUNDS" "$rssN" "$pssN" "$anonN" $((rssN - rss0)) $((pssN - pss0)) $((anonN - anon0))
 kill "$APP_PID"
 wait_exit "$APP_PID" 10
