@@ -157,6 +157,7 @@ public:
         record_.push_back("ask input monitoring");
         return permissions_.requestInputMonitoring();
     }
+    bool hasInputMonitoringSettings() const override { return permissions_.hasInputMonitoringSettings(); }
     void openInputMonitoringSettings() override { permissions_.openInputMonitoringSettings(); }
 
 private:

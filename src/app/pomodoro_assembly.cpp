@@ -129,15 +129,21 @@ void PomodoroAssembly::showFocusMissingAlert() {
     // Escape, the close button and a quit of the program close it as "Start without Focus";
     // without an escape button the box would refuse to close, and hold up the quit.
     alert->setEscapeButton(goOn);
-    QObject::connect(open, &QPushButton::clicked, alert, [] {
-        // The commands' folder, made if missing, in the file manager.
-        const auto folder = freedesktop::FocusCommandDirectory::defaultFolder();
-        std::error_code ignored;
-        std::filesystem::create_directories(folder, ignored);
-        QDesktopServices::openUrl(QUrl::fromLocalFile(QString::fromStdString(folder.string())));
-    });
+    QObject::connect(open, &QPushButton::clicked, alert, [&logger = logger_] { openFocusCommandFolder(logger); });
     // Not modal: the session has already started and goes on while the alert is open.
     alert->open();
+}
+
+void openFocusCommandFolder(AppLogger& logger) {
+    // The commands' folder, made if missing, in the file manager (xdg-open, through Qt).
+    const auto folder = freedesktop::FocusCommandDirectory::defaultFolder();
+    std::error_code error;
+    std::filesystem::create_directories(folder, error);
+    if (error) logger.log().app.warning("pomodoro: cannot make the Focus commands folder: " + error.message());
+    if (!QDesktopServices::openUrl(QUrl::fromLocalFile(QString::fromStdString(folder.string()))))
+        logger.log().app.warning("pomodoro: no file manager opened the Focus commands folder " + folder.string());
+    else
+        logger.log().app.info("pomodoro: the Focus commands folder is shown in the file manager");
 }
 
 std::unique_ptr<freedesktop::PomodoroBusService> exportPomodoroOnBus(freedesktop::SingleInstanceGuard& guard,

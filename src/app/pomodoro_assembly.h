@@ -67,6 +67,10 @@ private:
     std::unique_ptr<Subscriptions> subscriptions_;
 };
 
+/// Shows the Focus commands' folder in the file manager, making it first if missing; a failure
+/// is logged. The missing-Focus alert and the settings window's Open button both use it.
+void openFocusCommandFolder(AppLogger& logger);
+
 /// Puts the Pomodoro on the session bus for `orvantis pomodoro`. Null when the guard has no
 /// bus; keep the result no longer than the guard or the assembly. Main thread only.
 std::unique_ptr<freedesktop::PomodoroBusService> exportPomodoroOnBus(freedesktop::SingleInstanceGuard& guard,

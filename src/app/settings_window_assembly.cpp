@@ -1,13 +1,22 @@
 #include "app/settings_window_assembly.h"
 
-#include <QTimer>
+#include <cstdio>
 
+#include <QGuiApplication>
+#include <QPixmapCache>
+#include <QTimer>
+#include <QWindow>
+
+#include "app/launch_code_pages.h"
+#include "app/pomodoro_assembly.h"
 #include "app/system_utilities_assembly.h"
 #include "build_info.h"
 #include "core/clipboard/clipboard_monitor.h"
 #include "core/events/global_event_monitor.h"
 #include "core/events/notification_center.h"
 #include "core/log/app_logger.h"
+#include "core/pomodoro/dnd_manager.h"
+#include "core/pomodoro/pomodoro_coordinator.h"
 #include "core/settings/hotkey_names.h"
 #include "core/utilities/caffeine_coordinator.h"
 #include "core/utilities/keyboard_lock_coordinator.h"
@@ -31,6 +40,18 @@ std::optional<std::uint16_t> virtualKeyForScanCode(std::uint32_t code) {
 }
 
 }  // namespace
+
+std::vector<ui::InstalledApp> listableApplications(const freedesktop::DesktopEntries& entries, const LogCategory& log,
+                                                   std::set<std::filesystem::path>& reported) {
+    for (const auto& skipped : entries.skipped())
+        if (reported.insert(skipped.path).second)
+            log.warning("settings: the desktop file " + skipped.path.string() + " is left out of the app lists: " +
+                        skipped.reason);
+    std::vector<ui::InstalledApp> apps;
+    for (const auto& entry : entries.entries())
+        if (!entry.noDisplay) apps.push_back({entry.id, entry.name, entry.icon});
+    return apps;
+}
 
 /// The save's reach into the running features. Alerts go through the window.
 class SettingsWindowAssembly::SaveTarget final : public SettingsSaveTarget {
@@ -147,14 +168,37 @@ void SettingsWindowAssembly::openSettings() {
         return;
     }
     ui::SettingsWindowServices ui;
-    ui.installedApps = [] {
-        std::vector<ui::InstalledApp> apps;
-        const freedesktop::DesktopEntries entries;
-        for (const auto& entry : entries.entries()) apps.push_back({entry.id, entry.name, entry.icon});
-        return apps;
+    // The applications folders are read once for each window, at the first list that needs them.
+    ui.installedApps = [this, cache = std::make_shared<std::optional<std::vector<ui::InstalledApp>>>()] {
+        if (!*cache)
+            *cache = listableApplications(freedesktop::DesktopEntries(), services_.logger.log().app, reportedDesktopFiles_);
+        return **cache;
     };
     ui.virtualKeyForScanCode = virtualKeyForScanCode;
+    ui.focusCommandsAvailable = [this] {
+        // The Pomodoro's own Focus switch looks again, so that its next session knows too.
+        if (auto* pomodoro = collaborators_.pomodoro) return pomodoro->coordinator().dnd().refreshAvailability();
+        if (auto* commands = services_.desktop.focusCommands) return DNDManager::isSetupComplete(*commands);
+        return false;
+    };
+    ui.openFocusCommandFolder = [this] { openFocusCommandFolder(services_.logger); };
     ui.suspendGrabs = [this](bool capturing) { suspendGrabs(capturing); };
+    ui.grabKeyboard = [](QWindow& window) {
+        // Only X11 grabs for real; Qt's other platforms (offscreen in tests) have no grab to lose.
+        return QGuiApplication::platformName() != QLatin1String("xcb") || window.setKeyboardGrabEnabled(true);
+    };
+    ui.pagePainted = [this](SettingsSection section, bool firstOfWindow, double milliseconds) {
+        char figure[32];
+        std::snprintf(figure, sizeof figure, "%.1f ms", milliseconds);
+        services_.logger.log().app.info(
+            firstOfWindow ? "settings: window painted, " + std::string(caseName(section)) + " page, " + figure +
+                                " after it was asked for"
+                          : "settings: " + std::string(caseName(section)) + " page painted " + figure +
+                                " after it was chosen");
+    };
+    ui.captureInterrupted = [this](std::string_view why) {
+        services_.logger.log().app.warning("settings: hotkey capture cancelled, " + std::string(why));
+    };
     ui.clearClipboardHistory = [this] {
         if (auto* clipboard = collaborators_.clipboard) {
             clipboard->history().clear();
@@ -167,7 +211,14 @@ void SettingsWindowAssembly::openSettings() {
     ui.version = std::string(build::kVersion) + " (" + build::kBuild + ")";
     window_ = std::make_unique<ui::SettingsWindowController>(services_.settings, std::move(ui), [this] {
         // Dropped one turn later: the window is still inside its own close event.
-        QTimer::singleShot(0, [this] { window_.reset(); });
+        QTimer::singleShot(0, [this] {
+            window_.reset();
+            // What the window leaves behind: the icons it drew, the holes its widgets leave all
+            // over the heap, and the pages of its code, which the next opening maps again.
+            QPixmapCache::clear();
+            trimHeap();
+            releaseOwnCodePages();  // last, so that no code of ours runs after it in this turn
+        });
     });
     if (window_->form().snippetsUnreadable())
         services_.logger.log().app.warning(

@@ -1,6 +1,9 @@
 #pragma once
 
+#include <filesystem>
 #include <memory>
+#include <set>
+#include <vector>
 
 #include "app/app_services.h"
 
@@ -8,12 +11,20 @@ namespace orvantis {
 class ClipboardMonitor;
 class GlobalEventMonitor;
 }  // namespace orvantis
+namespace orvantis {
+class LogCategory;
+}
+namespace orvantis::freedesktop {
+class DesktopEntries;
+}
 namespace orvantis::ui {
 class SettingsWindowController;
+struct InstalledApp;
 }
 
 namespace orvantis::app {
 
+class PomodoroAssembly;
 class SystemUtilitiesAssembly;
 
 /// The features a save reaches beyond the settings store; each may be null when its feature is
@@ -22,7 +33,14 @@ struct SettingsWindowCollaborators {
     GlobalEventMonitor* monitor = nullptr;
     ClipboardMonitor* clipboard = nullptr;
     SystemUtilitiesAssembly* systemUtilities = nullptr;
+    /// Its Focus switch is asked again by the Pomodoro page's Recheck button.
+    PomodoroAssembly* pomodoro = nullptr;
 };
+
+/// The applications the app lists offer: every desktop entry but the NoDisplay ones. Each file
+/// the entries passed over gets one warning in `log`, unless `reported` already holds it.
+std::vector<ui::InstalledApp> listableApplications(const freedesktop::DesktopEntries& entries, const LogCategory& log,
+                                                   std::set<std::filesystem::path>& reported);
 
 /// The settings window: made at openSettings(), one at a time, and dropped when it closes. The
 /// menu's Settings row and the command line open it through openSettings(). Main thread only.
@@ -46,6 +64,8 @@ private:
     SettingsWindowCollaborators collaborators_;
     std::unique_ptr<ui::SettingsWindowController> window_;
     bool monitorWasRunning_ = false;
+    /// The broken desktop files already in the log: each is reported once per run.
+    std::set<std::filesystem::path> reportedDesktopFiles_;
 };
 
 }  // namespace orvantis::app

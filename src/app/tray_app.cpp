@@ -151,7 +151,7 @@ void AppDelegate::applicationDidFinishLaunching() {
     systemUtilities_ = SystemUtilitiesAssembly::create(app, monitor, menuBarController_.get());
     // The settings window, opened from the menu and the command line.
     settingsWindow_ = std::make_unique<SettingsWindowAssembly>(
-        app, SettingsWindowCollaborators{monitor, clipboardMonitor(), systemUtilities_.get()});
+        app, SettingsWindowCollaborators{monitor, clipboardMonitor(), systemUtilities_.get(), pomodoro_.get()});
     settingsOpener_ = [this] { settingsWindow_->openSettings(); };
     // 19 to 21: the keyboard monitor starts, or the banner asks for permission.
     startKeyboardWatching();

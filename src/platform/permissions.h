@@ -35,8 +35,11 @@ public:
     /// Asks the desktop for the right to watch the keys and answers whether it is granted. A
     /// desktop that cannot grant it shows nothing and answers the current state.
     virtual bool requestInputMonitoring() = 0;
+    /// True when the desktop has a settings page for watching keys that
+    /// openInputMonitoringSettings() can show; false on X11, where the right comes with the server.
+    virtual bool hasInputMonitoringSettings() const = 0;
     /// Shows the desktop's settings page for watching keys. Does nothing, silently, when the
-    /// desktop has none (X11) or it cannot be opened.
+    /// desktop has none (X11) or it cannot be opened: ask hasInputMonitoringSettings() first.
     virtual void openInputMonitoringSettings() = 0;
 };
 

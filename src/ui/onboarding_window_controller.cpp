@@ -140,11 +140,16 @@ OnboardingWindowController::OnboardingWindowController(OnboardingModel& model, S
         row.text = new QLabel;
         status->addWidget(row.icon);
         status->addWidget(row.text, 1);
-        if (button != nullptr) {
-            *button = new QPushButton(toQString(buttonText));
-            status->addWidget(*button);
-        }
         body->addLayout(status);
+        if (button != nullptr) {
+            // On a line of its own: beside the status, a long title (the Russian one) left
+            // only a few pixels to spare, and a larger font pushed it out of the card.
+            *button = new QPushButton(toQString(buttonText));
+            auto* buttonRow = new QHBoxLayout;
+            buttonRow->addWidget(*button);
+            buttonRow->addStretch();
+            body->addLayout(buttonRow);
+        }
         row.note = wrapped({}, true);
         body->addWidget(row.note);
     };
@@ -155,6 +160,8 @@ OnboardingWindowController::OnboardingWindowController(OnboardingModel& model, S
     block(s.onboardingNotificationsName, s.onboardingNotificationsWhy, rows_[2], {}, nullptr);
     connect(accessibilityButton_, &QPushButton::clicked, this, [this] { model_.openAccessibilitySettings(); });
     connect(inputMonitoringButton_, &QPushButton::clicked, this, [this] { model_.openInputMonitoringSettings(); });
+    // Where there is no page to open (X11), the row shows its status and no button.
+    inputMonitoringButton_->setVisible(model_.hasInputMonitoringSettings());
 
     // First steps.
     column->addWidget(card(s.onboardingTipsTitle, body));

@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QLabel>
 #include <QPushButton>
+#include <QScrollArea>
 #include <gtest/gtest.h>
 
 #include "platform/sim/permissions.h"
@@ -73,6 +74,43 @@ TEST_F(OnboardingWindowTest, TheAccessibilityButtonAsksAndOpensThePage) {
     window.accessibilityButton()->click();
     EXPECT_EQ(permissions.requestCount(Kind::accessibility), 1u);
     EXPECT_EQ(permissions.openedPanes(), std::vector<Kind>{Kind::accessibility});
+}
+
+TEST_F(OnboardingWindowTest, WithoutAKeyboardPageTheKeyboardRowHasNoButtonButItsStatus) {
+    permissions.setHasInputMonitoringSettings(false);
+    OnboardingWindowController window(model, SettingsLanguage::en);
+    window.showAndActivate();
+    EXPECT_FALSE(window.inputMonitoringButton()->isVisible());
+    EXPECT_EQ(window.statusText(1), QStringLiteral("Not granted"));
+    EXPECT_TRUE(window.accessibilityButton()->isVisible());
+}
+
+TEST_F(OnboardingWindowTest, WithAKeyboardPageItsButtonAsksAndOpensIt) {
+    OnboardingWindowController window(model, SettingsLanguage::en);
+    window.showAndActivate();
+    ASSERT_TRUE(window.inputMonitoringButton()->isVisible());
+    window.inputMonitoringButton()->click();
+    EXPECT_EQ(permissions.requestCount(Kind::inputMonitoring), 1u);
+    EXPECT_EQ(permissions.openedPanes(), std::vector<Kind>{Kind::inputMonitoring});
+}
+
+TEST_F(OnboardingWindowTest, TheLongRussianButtonStaysInsideItsCardWithALargerFont) {
+    const QFont original = QApplication::font();
+    QFont larger = original;
+    larger.setPointSizeF(original.pointSizeF() * 1.25);
+    QApplication::setFont(larger);
+    {
+        OnboardingWindowController window(model, SettingsLanguage::ru);
+        window.showAndActivate();
+        QApplication::processEvents();
+        QPushButton* button = window.accessibilityButton();
+        const QWidget* viewport = window.findChild<QScrollArea*>()->viewport();
+        const int buttonRight = button->mapTo(&window, QPoint(button->width(), 0)).x();
+        const int viewportRight = viewport->mapTo(&window, QPoint(viewport->width(), 0)).x();
+        EXPECT_LE(buttonRight, viewportRight);
+        EXPECT_GE(button->width(), button->sizeHint().width());  // whole, not squeezed
+    }
+    QApplication::setFont(original);
 }
 
 TEST(HelpViewTest, ThePickerSwitchesTheViewsLanguageOnly) {

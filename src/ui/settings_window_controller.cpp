@@ -29,14 +29,19 @@
 #include <QTimer>
 #include <QToolBar>
 #include <QVBoxLayout>
+#include <QWindow>
 
 #include "core/language/language_catalog.h"
 #include "core/settings/hotkey_names.h"
+#include "core/shell/shell_texts.h"
 
 namespace orvantis::ui {
 namespace {
 
 namespace s = settings;
+
+/// How long a hotkey button says that its capture was interrupted.
+constexpr int kInterruptionMessageTime = 4000;
 
 QString q(std::string_view text) { return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())); }
 
@@ -270,7 +275,29 @@ struct SettingsWindowController::Builder {
         caption(main, t.longBreakHint);
         auto* focus = card(p, t.focusSectionTitle);
         toggle(focus, t.focusToggleEnable, s::kPomodoroToggleDND);
+        // The status line: whether both commands are in their folder, with Recheck and Open.
+        auto* status = new QHBoxLayout;
+        status->addWidget(new QLabel(q(t.focusStatusLabel)));
+        w.focusStatusIcon_ = new QLabel;
+        w.focusStatusIcon_->setObjectName("focusStatusIcon");
+        status->addWidget(w.focusStatusIcon_);
+        w.focusStatusText_ = new QLabel;
+        w.focusStatusText_->setObjectName("focusStatusText");
+        status->addWidget(w.focusStatusText_, 1);
+        auto* recheck = new QPushButton(q(t.focusRecheck));
+        recheck->setObjectName("focusRecheck");
+        QObject::connect(recheck, &QPushButton::clicked, &w, [this] { w.recheckFocusClicked(); });
+        status->addWidget(recheck);
+        auto* open = new QPushButton(q(t.focusOpenShortcuts));
+        open->setObjectName("focusOpenShortcuts");
+        QObject::connect(open, &QPushButton::clicked, &w, [this] {
+            if (w.services_.openFocusCommandFolder) w.services_.openFocusCommandFolder();
+        });
+        status->addWidget(open);
+        focus->addLayout(status);
+        w.recheckFocusClicked();
         caption(focus, t.focusToggleHint);
+        caption(focus, t.focusWhy);
         help(p, t.helpPomodoroTitle, t.helpPomodoroText);
     }
     void password(QVBoxLayout* p) {
@@ -440,6 +467,7 @@ struct SettingsWindowController::Builder {
 SettingsWindowController::SettingsWindowController(AppSettings& settings, SettingsWindowServices services,
                                                    std::function<void()> onClosed)
     : settings_(settings), services_(std::move(services)), onClosed_(std::move(onClosed)), form_(settings) {
+    const auto madeAt = std::chrono::steady_clock::now();
     setAttribute(Qt::WA_QuitOnClose, false);
     setWindowFlags(Qt::Window | Qt::WindowTitleHint | Qt::WindowCloseButtonHint);
     resize(760, 560);
@@ -448,14 +476,22 @@ SettingsWindowController::SettingsWindowController(AppSettings& settings, Settin
         QTimer::singleShot(0, this, [this] { rebuildEverything(); });
     };
     form_.onCaptureActive = [this](bool active) {
+        bool taken = true;
         if (active) {
+            interruptedField_.reset();
             grabKeyboard();
+            if (services_.grabKeyboard && windowHandle() != nullptr) taken = services_.grabKeyboard(*windowHandle());
             qApp->installEventFilter(this);
         } else {
             qApp->removeEventFilter(this);
             releaseKeyboard();
+            if (services_.grabKeyboard && windowHandle() != nullptr) windowHandle()->setKeyboardGrabEnabled(false);
         }
         if (services_.suspendGrabs) services_.suspendGrabs(active);
+        // Another program holds the keyboard: the keys would never come here. Ended on the next
+        // turn, outside the form's own call.
+        if (!taken)
+            QTimer::singleShot(0, this, [this] { captureInterrupted("another program holds the keyboard"); });
     };
     form_.onExternalChange = [this] {
         // The setting changed elsewhere: untouched fields follow, and the pages are rebuilt from
@@ -477,6 +513,7 @@ SettingsWindowController::SettingsWindowController(AppSettings& settings, Settin
     connect(new QShortcut(QKeySequence(Qt::Key_Return), this), &QShortcut::activated, this,
             &SettingsWindowController::saveClicked);
     buildUI();
+    watchPaint(currentSection_, madeAt);
 }
 
 SettingsWindowController::~SettingsWindowController() {
@@ -535,6 +572,9 @@ void SettingsWindowController::rebuildEverything() {
     pageCache_.clear();
     hotkeyButtons_.clear();
     hotkeyConflictLabels_.clear();
+    focusStatusIcon_ = nullptr;
+    focusStatusText_ = nullptr;
+    paintWatched_ = nullptr;  // the pages go; the rebuilt one is not timed
     snippetTable_ = nullptr;
     snippetEmptyLabel_ = nullptr;
     snippetRemoveButton_ = nullptr;
@@ -589,11 +629,25 @@ QWidget* SettingsWindowController::page(SettingsSection section) {
     return built;
 }
 
+void SettingsWindowController::watchPaint(SettingsSection section, std::chrono::steady_clock::time_point since) {
+    if (!services_.pagePainted) return;
+    if (paintWatched_ != nullptr) paintWatched_->removeEventFilter(this);
+    auto* scroll = qobject_cast<QScrollArea*>(page(section));
+    paintWatched_ = scroll != nullptr ? scroll->widget() : nullptr;
+    if (paintWatched_ == nullptr) return;
+    paintWatchedSection_ = section;
+    paintWatchedSince_ = since;
+    paintWatched_->installEventFilter(this);
+}
+
 void SettingsWindowController::selectSection(SettingsSection section) {
+    const auto chosenAt = std::chrono::steady_clock::now();
+    const bool switching = section != currentSection_ && windowPainted_;
     currentSection_ = section;
     stack_->setCurrentWidget(page(section));
     for (QAction* action : toolbar_->actions())
         if (action->objectName() == QString("settings.") + q(caseName(section))) action->setChecked(true);
+    if (switching) watchPaint(section, chosenAt);
 }
 
 QPushButton* SettingsWindowController::hotkeyButton(HotkeyField field) const {
@@ -604,6 +658,27 @@ QPushButton* SettingsWindowController::hotkeyButton(HotkeyField field) const {
 QLabel* SettingsWindowController::conflictLabel(HotkeyField field) const {
     auto it = hotkeyConflictLabels_.find(field);
     return it == hotkeyConflictLabels_.end() ? nullptr : it->second;
+}
+
+void SettingsWindowController::recheckFocusClicked() {
+    showFocusStatus(services_.focusCommandsAvailable && services_.focusCommandsAvailable());
+}
+
+void SettingsWindowController::showFocusStatus(bool available) {
+    if (focusStatusText_ == nullptr) return;
+    const auto t = form_.strings();
+    const QColor colour = available ? QColor(0x2e, 0x9e, 0x5b) : QColor(0xd9, 0x7a, 0x00);
+    const QIcon icon = available ? QIcon::fromTheme("emblem-ok-symbolic", style()->standardIcon(QStyle::SP_DialogApplyButton))
+                                 : QIcon::fromTheme("dialog-warning", style()->standardIcon(QStyle::SP_MessageBoxWarning));
+    focusStatusIcon_->setPixmap(icon.pixmap(16, 16));
+    QPalette palette = focusStatusText_->palette();
+    palette.setColor(QPalette::WindowText, colour);
+    focusStatusText_->setPalette(palette);
+    focusStatusText_->setText(q(available ? t.focusStatusFound : t.focusStatusMissing));
+}
+
+QString SettingsWindowController::focusStatusText() const {
+    return focusStatusText_ == nullptr ? QString() : focusStatusText_->text();
 }
 
 void SettingsWindowController::refreshHotkeyButtons() {
@@ -690,7 +765,40 @@ void SettingsWindowController::hotkeyButtonClicked(HotkeyField field) {
     refreshHotkeyButtons();
 }
 
+void SettingsWindowController::captureInterrupted(const char* why) {
+    const std::optional<HotkeyField> field = form_.activeCapture();
+    if (!field) return;
+    form_.cancelCapture();  // gives the keyboard back and restores the global hotkeys
+    refreshHotkeyButtons();
+    if (services_.captureInterrupted) services_.captureInterrupted(why);
+    interruptedField_ = field;
+    if (QPushButton* button = hotkeyButton(*field)) {
+        button->setText(q(shell::captureInterruptedText(form_.language())));
+        button->setToolTip(button->text());
+    }
+    QTimer::singleShot(kInterruptionMessageTime, this, [this, field] {
+        if (interruptedField_ != field) return;
+        interruptedField_.reset();
+        if (QPushButton* button = hotkeyButton(*field)) button->setToolTip({});
+        refreshHotkeyButtons();
+    });
+}
+
 bool SettingsWindowController::eventFilter(QObject* watched, QEvent* event) {
+    if (watched == paintWatched_ && event->type() == QEvent::Paint) {
+        paintWatched_->removeEventFilter(this);
+        paintWatched_ = nullptr;
+        const bool first = !windowPainted_;
+        windowPainted_ = true;
+        const std::chrono::duration<double, std::milli> elapsed = std::chrono::steady_clock::now() - paintWatchedSince_;
+        services_.pagePainted(paintWatchedSection_, first, elapsed.count());
+        return false;
+    }
+    if (form_.activeCapture() && watched == this && event->type() == QEvent::WindowDeactivate) {
+        // The window lost the keyboard: another program's grab, or another window activated.
+        QTimer::singleShot(0, this, [this] { captureInterrupted("the window lost the keyboard"); });
+        return QWidget::eventFilter(watched, event);
+    }
     if (form_.activeCapture() && event->type() == QEvent::ShortcutOverride) {
         // While capturing, Return, Esc and the page keys belong to the capture, not to shortcuts.
         event->accept();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -17,6 +18,7 @@ class QPushButton;
 class QStackedWidget;
 class QTableWidget;
 class QToolBar;
+class QWindow;
 class QVBoxLayout;
 
 namespace orvantis::ui {
@@ -37,10 +39,23 @@ struct SettingsWindowServices {
     /// Called with true when a hotkey capture starts and false when it ends: the global grabs
     /// must be let go meanwhile, or the keys never reach the window.
     std::function<void(bool capturing)> suspendGrabs;
+    /// Takes the keyboard for `window` while a hotkey capture runs, and answers whether it got
+    /// it: false when another program holds the keyboard. Empty: Qt's grab, taken for granted.
+    std::function<bool(QWindow& window)> grabKeyboard;
+    /// Told when a page has painted for the first time after it was chosen (or, the first time,
+    /// after the window was made), with the milliseconds in between: the figures of the speed log.
+    std::function<void(SettingsSection section, bool firstOfWindow, double milliseconds)> pagePainted;
+    /// Told why a hotkey capture was cancelled when the keyboard went elsewhere (for the log).
+    std::function<void(std::string_view why)> captureInterrupted;
     /// Clears the clipboard history and its snapshot at once (outside the form).
     std::function<void()> clearClipboardHistory;
     /// Builds the collaborators of a save; the window is passed for its alerts.
     std::function<std::unique_ptr<SettingsSaveTarget>(class SettingsWindowController&)> makeSaveTarget;
+    /// Looks for the two Focus commands again and answers whether both are there; the Pomodoro
+    /// page's status line shows the answer. Empty: the line says they are missing.
+    std::function<bool()> focusCommandsAvailable;
+    /// Shows the Focus commands' folder in the file manager, making it first if missing.
+    std::function<void()> openFocusCommandFolder;
     /// The program's version, shown on the About page.
     std::string version;
 };
@@ -70,6 +85,10 @@ public:
     void saveClicked();
     void cancelClicked();
     void hotkeyButtonClicked(HotkeyField field);
+    /// The Focus card's Recheck button: asks for the commands again and redraws the status line.
+    void recheckFocusClicked();
+    /// The Focus status line's text, empty until the Pomodoro page is built.
+    QString focusStatusText() const;
 
     /// Alerts the save sequence asks for.
     bool askClipboardConsent();
@@ -85,6 +104,11 @@ private:
     QWidget* buildPage(SettingsSection section);
     void refreshHotkeyButtons();
     void refreshSnippets();
+    /// Ends the capture because the keyboard went elsewhere, and says so in its button.
+    void captureInterrupted(const char* why);
+    void showFocusStatus(bool available);
+    /// Waits for the first paint of `section`'s page, timed from `since`.
+    void watchPaint(SettingsSection section, std::chrono::steady_clock::time_point since);
     void rebuildAppList(QVBoxLayout* list, const StringListSetting& setting);
     void addAppClicked(QVBoxLayout* list, const StringListSetting& setting);
 
@@ -101,11 +125,20 @@ private:
     std::map<SettingsSection, QWidget*> pageCache_;
     std::map<HotkeyField, QPushButton*> hotkeyButtons_;
     std::map<HotkeyField, QLabel*> hotkeyConflictLabels_;
+    QLabel* focusStatusIcon_ = nullptr;
+    QLabel* focusStatusText_ = nullptr;
     QTableWidget* snippetTable_ = nullptr;
     QLabel* snippetEmptyLabel_ = nullptr;
     QPushButton* snippetRemoveButton_ = nullptr;
     SettingsSection currentSection_ = SettingsSection::general;
     bool closing_ = false;
+    /// The button that shows the interruption message, until the message times out.
+    std::optional<HotkeyField> interruptedField_;
+    /// The page whose first paint is awaited, and since when.
+    QWidget* paintWatched_ = nullptr;
+    SettingsSection paintWatchedSection_ = SettingsSection::general;
+    std::chrono::steady_clock::time_point paintWatchedSince_;
+    bool windowPainted_ = false;
 };
 
 }  // namespace orvantis::ui

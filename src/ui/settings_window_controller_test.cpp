@@ -67,6 +67,17 @@ protected:
         };
         services.suspendGrabs = [this](bool on) { grabs_.push_back(on); };
         services.makeSaveTarget = [this](SettingsWindowController&) { return std::make_unique<FakeTarget>(calls_); };
+        services.focusCommandsAvailable = [this] {
+            ++focusChecks_;
+            return focusCommandsThere_;
+        };
+        services.openFocusCommandFolder = [this] { ++focusFolderOpened_; };
+        services.grabKeyboard = [this](QWindow&) { return keyboardFree_; };
+        services.captureInterrupted = [this](std::string_view why) { interruptions_.emplace_back(why); };
+        services.pagePainted = [this](SettingsSection section, bool first, double ms) {
+            painted_.push_back(std::string(caseName(section)) + (first ? " first" : " switch"));
+            EXPECT_GE(ms, 0.0);
+        };
         return std::make_unique<SettingsWindowController>(settings_, services, [this] { ++closed_; });
     }
     static void press(QWidget* target, quint32 scanCode, Qt::KeyboardModifiers modifiers) {
@@ -82,6 +93,12 @@ protected:
     std::vector<std::string> calls_;
     std::vector<bool> grabs_;
     int closed_ = 0;
+    bool focusCommandsThere_ = false;
+    int focusChecks_ = 0;
+    int focusFolderOpened_ = 0;
+    bool keyboardFree_ = true;
+    std::vector<std::string> interruptions_;
+    std::vector<std::string> painted_;
 };
 
 TEST_F(SettingsWindowTest, HasTenPagesInTheToolbarAndBuildsEachOnce) {
@@ -125,6 +142,62 @@ TEST_F(SettingsWindowTest, EscEndsTheCaptureWithTheOldTitle) {
     press(button, 9, Qt::NoModifier);
     EXPECT_EQ(button->text().toStdString(), "Super+Shift+X");
     EXPECT_FALSE(w->form().activeCapture());
+}
+
+TEST_F(SettingsWindowTest, ACaptureThatCannotTakeTheKeyboardEndsAndSaysSo) {
+    keyboardFree_ = false;  // another program holds the keyboard
+    auto w = makeWindow();
+    w->show();
+    w->selectSection(SettingsSection::translator);
+    QPushButton* button = w->hotkeyButton(HotkeyField::translation);
+    button->click();
+    QApplication::processEvents();
+    EXPECT_FALSE(w->form().activeCapture());
+    EXPECT_EQ(grabs_, (std::vector<bool>{true, false}));  // the global hotkeys are back
+    EXPECT_EQ(button->text(), QStringLiteral("Keyboard taken; not recorded"));
+    EXPECT_EQ(interruptions_.size(), 1u);
+    keyboardFree_ = true;  // the other program let go: the next click captures as usual
+    button->click();
+    EXPECT_TRUE(w->form().activeCapture());
+    EXPECT_EQ(button->text().toStdString(), SettingsStrings::make(SettingsLanguage::en).pressKeys);
+    press(button, 53, Qt::MetaModifier | Qt::AltModifier);
+    EXPECT_EQ(button->text(), QStringLiteral("Super+Alt+X"));
+}
+
+TEST_F(SettingsWindowTest, ACaptureEndsWhenTheWindowLosesTheKeyboard) {
+    settings_.setSettingsLanguage(SettingsLanguage::ru);
+    auto w = makeWindow();
+    w->show();
+    w->selectSection(SettingsSection::translator);
+    QPushButton* button = w->hotkeyButton(HotkeyField::translation);
+    button->click();
+    ASSERT_TRUE(w->form().activeCapture());
+    QEvent deactivate(QEvent::WindowDeactivate);
+    QApplication::sendEvent(w.get(), &deactivate);
+    QApplication::processEvents();
+    EXPECT_FALSE(w->form().activeCapture());
+    EXPECT_EQ(grabs_, (std::vector<bool>{true, false}));
+    EXPECT_EQ(button->text(), QString::fromUtf8("Клавиатура занята, не записано"));
+    w->saveClicked();
+    EXPECT_TRUE(settings_.translationHotkey() == s::kTranslationHotkey.defaultValue);
+}
+
+TEST_F(SettingsWindowTest, TellsTheFirstPaintOfTheWindowAndOfEachChosenPage) {
+    auto w = makeWindow();
+    EXPECT_TRUE(painted_.empty());
+    w->show();
+    QApplication::processEvents();
+    w->repaint();
+    EXPECT_EQ(painted_, std::vector<std::string>{"general first"});
+    w->repaint();  // later paints of the same page are not timed
+    EXPECT_EQ(painted_.size(), 1u);
+    w->selectSection(SettingsSection::translator);
+    QApplication::processEvents();
+    w->repaint();
+    w->selectSection(SettingsSection::general);
+    QApplication::processEvents();
+    w->repaint();
+    EXPECT_EQ(painted_, (std::vector<std::string>{"general first", "translator switch", "general switch"}));
 }
 
 TEST_F(SettingsWindowTest, CancelChangesNothingOnDisk) {
@@ -176,6 +249,29 @@ TEST_F(SettingsWindowTest, TheSnippetTableAddsEditsAndDropsIncompleteRows) {
     const auto entries = SnippetExpander(store_).entries();
     ASSERT_EQ(entries.size(), 1u);
     EXPECT_EQ(entries[0].shortcut, "addr");
+}
+
+TEST_F(SettingsWindowTest, TheFocusStatusLineRechecksAndOpensTheCommandsFolder) {
+    auto w = makeWindow();
+    EXPECT_EQ(focusChecks_, 0);  // asked only when the Pomodoro page is built
+    QWidget* page = w->page(SettingsSection::pomodoro);
+    EXPECT_EQ(focusChecks_, 1);
+    EXPECT_EQ(w->focusStatusText(), QStringLiteral("Commands not found"));
+    focusCommandsThere_ = true;  // the user made both commands meanwhile
+    EXPECT_EQ(w->focusStatusText(), QStringLiteral("Commands not found"));
+    page->findChild<QPushButton*>("focusRecheck")->click();
+    EXPECT_EQ(focusChecks_, 2);
+    EXPECT_EQ(w->focusStatusText(), QStringLiteral("Both commands found"));
+    EXPECT_FALSE(page->findChild<QLabel*>("focusStatusIcon")->pixmap().isNull());
+    page->findChild<QPushButton*>("focusOpenShortcuts")->click();
+    EXPECT_EQ(focusFolderOpened_, 1);
+}
+
+TEST_F(SettingsWindowTest, TheFocusStatusLineSpeaksTheFormsLanguage) {
+    settings_.setSettingsLanguage(SettingsLanguage::ru);
+    auto w = makeWindow();
+    w->page(SettingsSection::pomodoro);
+    EXPECT_EQ(w->focusStatusText().toStdString(), SettingsStrings::make(SettingsLanguage::ru).focusStatusMissing);
 }
 
 TEST_F(SettingsWindowTest, AStoredPasswordLengthAboveTheSliderShowsAtItsEnd) {

@@ -17,6 +17,14 @@ E2E_STEP=0.05
 
 APP_PIDS=()
 E2E_ENV_FILE=""
+E2E_SHOT_SUFFIX=""
+
+# use_screen WxH: the desktop that desktop_up brings up next has a screen of that size, and the
+# screenshots' names end in "-WxH" (except at the default 1280x800, so older names stay).
+use_screen() {
+  export ORVANTIS_DESKTOP_SCREEN="$1x24"
+  [[ $1 == 1280x800 ]] && E2E_SHOT_SUFFIX="" || E2E_SHOT_SUFFIX="-$1"
+}
 
 note() { echo "== $*"; }
 
@@ -134,6 +142,11 @@ log_text() {
   done
 }
 
+# log_has_count TEXT N: at least N lines of the program's log contain TEXT.
+log_has_count() {
+  (($(log_text | grep -cF -- "$1") >= $2))
+}
+
 # log_has TEXT: a line of the program's log contains TEXT.
 log_has() {
   local file
@@ -231,7 +244,7 @@ click_icon() {
 # screenshot NAME: the whole screen into the artifacts folder; prints the path.
 screenshot() {
   mkdir -p "$ORVANTIS_E2E_ARTIFACTS"
-  local path=$ORVANTIS_E2E_ARTIFACTS/$1.png
+  local path=$ORVANTIS_E2E_ARTIFACTS/$1$E2E_SHOT_SUFFIX.png
   import -window root "$path" || fail "screenshot failed"
   echo "$path"
 }

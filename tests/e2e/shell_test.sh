@@ -8,10 +8,11 @@
 #
 # Artifacts: shell-onboarding-en.png, shell-onboarding-ru.png, shell-menu-en.png,
 # shell-menu-ru.png, shell-help-en.png, shell-help-ru.png, shell-overlay-en.png, shell-overlay-ru.png,
-# shell-overlay-released.png.
+# shell-overlay-released.png; with --screen WxH (default 1280x800) their names end in -WxH.
 # shellcheck source-path=SCRIPTDIR source=e2e_lib.sh
 source "$(dirname "$0")/e2e_lib.sh"
 
+[[ ${1:-} == --screen ]] && use_screen "$2"
 desktop_up
 export QT_LINUX_ACCESSIBILITY_ALWAYS_ON=1
 

@@ -15,13 +15,15 @@
 #       Ends every process of the desktop, newest first, and removes its folder (kept when
 #       ORVANTIS_DESKTOP_KEEP=1). Without an argument, the desktop of $ORVANTIS_DESKTOP_DIR.
 #
+# ORVANTIS_DESKTOP_SCREEN sets the screen (default 1280x800x24).
+#
 # Every process started here is recorded by PID in <desktop dir>/pids and ended by that PID.
 # They all carry ORVANTIS_DESKTOP_PROCESS=<desktop dir> in their environment (the env file
 # does not, so callers and the programs under test never do); processes that the desktop's
 # buses started on demand inherit it, and that is how they are found.
 set -euo pipefail
 
-readonly SCREEN="1280x800x24"
+readonly SCREEN="${ORVANTIS_DESKTOP_SCREEN:-1280x800x24}"
 readonly STEP=0.05
 
 die() {

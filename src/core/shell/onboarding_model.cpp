@@ -57,6 +57,10 @@ void OnboardingModel::openInputMonitoringSettings() {
     updatePermissionStatuses();
 }
 
+bool OnboardingModel::hasInputMonitoringSettings() const {
+    return permissions_ != nullptr && permissions_->hasInputMonitoringSettings();
+}
+
 void OnboardingModel::finish() { settings_.setHasCompletedOnboarding(true); }
 
 void OnboardingModel::windowClosed() {

@@ -53,6 +53,9 @@ public:
     /// The keyboard row's button: asks for the right, then opens the keyboard settings page
     /// where the desktop has one.
     void openInputMonitoringSettings();
+    /// Whether the keyboard row has a button: only where the desktop has a page to open (never
+    /// on X11, where the input extension comes with the server and nobody can switch it on).
+    bool hasInputMonitoringSettings() const;
     /// Skip and Get Started: onboarding counts as seen. The window closes itself afterwards
     /// and then reports windowClosed().
     void finish();

@@ -111,6 +111,7 @@ TEST_F(OnboardingModelTest, WithoutServicesEveryRowIsMissing) {
     EXPECT_EQ(model.accessibility(), PermissionStatus::missing);
     EXPECT_EQ(model.inputMonitoring(), PermissionStatus::missing);
     EXPECT_EQ(model.notificationService(), PermissionStatus::missing);
+    EXPECT_FALSE(model.hasInputMonitoringSettings());
     model.openAccessibilitySettings();
     model.windowClosed();
     EXPECT_TRUE(settings.hasCompletedOnboarding());

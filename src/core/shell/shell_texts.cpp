@@ -37,4 +37,8 @@ OnboardingTexts OnboardingTexts::make(SettingsLanguage language) {
     };
 }
 
+std::string_view captureInterruptedText(SettingsLanguage language) {
+    return language == SettingsLanguage::ru ? "Клавиатура занята, не записано" : "Keyboard taken; not recorded";
+}
+
 }  // namespace orvantis::shell

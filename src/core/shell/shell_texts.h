@@ -33,4 +33,8 @@ struct OnboardingTexts {
     static OnboardingTexts make(SettingsLanguage language);
 };
 
+/// Shown for a few seconds in a hotkey button whose capture ended because another program took
+/// the keyboard (or the window lost it); the capture is cancelled and nothing changed.
+std::string_view captureInterruptedText(SettingsLanguage language);
+
 }  // namespace orvantis::shell

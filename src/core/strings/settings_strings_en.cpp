@@ -139,13 +139,13 @@ constexpr SettingsStrings kEnglish{
         "you stop the timer.",
     .focusSectionTitle = "Focus (Do Not Disturb)",
     .focusWhy =
-        "Orvantis doesn’t switch Do Not Disturb by itself: it runs two shortcuts that you create once, "
+        "Orvantis doesn’t switch Do Not Disturb by itself: it runs two commands that you create once, "
         "“Orvantis Focus On” and “Orvantis Focus Off”. Without them the Pomodoro still runs, only without "
         "Focus.",
     .focusStepsTitle = "How to set it up",
     .focusStatusLabel = "Status:",
-    .focusStatusFound = "Both shortcuts found",
-    .focusStatusMissing = "Shortcuts not found",
+    .focusStatusFound = "Both commands found",
+    .focusStatusMissing = "Commands not found",
     .focusRecheck = "Check Again",
     .focusOpenShortcuts = "Open Folder",
     .focusMissingAlertTitle = "Focus shortcuts not configured",

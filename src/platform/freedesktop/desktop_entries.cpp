@@ -2,8 +2,8 @@
 
 #include <cstdlib>
 #include <fstream>
-#include <sstream>
 
+#include "core/text/utf.h"
 #include "platform/freedesktop/xdg_paths.h"
 
 namespace orvantis::freedesktop {
@@ -32,6 +32,12 @@ std::vector<std::filesystem::path> applicationFoldersOfTheEnvironment() {
 
 }  // namespace
 
+/// parse()'s answer with the reason of a refusal.
+struct DesktopEntries::Parsed {
+    std::optional<DesktopEntry> entry;
+    const char* problem = nullptr;
+};
+
 DesktopEntries::DesktopEntries() : DesktopEntries(applicationFoldersOfTheEnvironment()) {}
 
 DesktopEntries::DesktopEntries(const std::vector<std::filesystem::path>& applicationFolders) {
@@ -39,24 +45,66 @@ DesktopEntries::DesktopEntries(const std::vector<std::filesystem::path>& applica
 }
 
 void DesktopEntries::readFolder(const std::filesystem::path& folder) {
+    namespace fs = std::filesystem;
     std::error_code ec;
-    std::filesystem::recursive_directory_iterator it(folder, ec), end;
+    // A sub-folder that cannot be entered is passed over; without the option it would end the walk.
+    fs::recursive_directory_iterator it(folder, fs::directory_options::skip_permission_denied, ec), end;
     for (; !ec && it != end; it.increment(ec)) {
-        const auto& path = it->path();
-        if (path.extension() != ".desktop" || !it->is_regular_file(ec)) continue;
-        std::string id = std::filesystem::relative(path, folder, ec).replace_extension().string();
-        if (ec) continue;
+        const fs::path& path = it->path();
+        if (path.extension() != ".desktop") continue;
+        std::error_code entryError;
+        const fs::file_status target = it->status(entryError);  // follows a link
+        if (!fs::exists(target)) {
+            if (it->is_symlink(entryError)) skipped_.push_back({path, "a link to nothing"});
+            continue;
+        }
+        if (!fs::is_regular_file(target)) continue;  // a folder or a pipe named *.desktop: not a file to read
+        std::string id = fs::relative(path, folder, entryError).replace_extension().string();
+        if (entryError || id.empty()) continue;
         for (char& c : id)
             if (c == '/') c = '-';
-        if (byID(id) != nullptr) continue;
-        std::ifstream in(path, std::ios::binary);
-        std::stringstream text;
-        text << in.rdbuf();
-        if (auto entry = parse(id, text.str())) entries_.push_back(std::move(*entry));
+        if (ids_.count(id) != 0) continue;
+        readFile(path, std::move(id));
     }
 }
 
+void DesktopEntries::readFile(const std::filesystem::path& path, std::string id) {
+    std::error_code ec;
+    const std::uintmax_t size = std::filesystem::file_size(path, ec);
+    if (ec) {
+        skipped_.push_back({path, "its size cannot be read"});
+        return;
+    }
+    if (size > kMaxFileSize) {
+        skipped_.push_back({path, "larger than 1 MiB"});
+        return;
+    }
+    std::ifstream in(path, std::ios::binary);
+    if (!in) {
+        skipped_.push_back({path, "cannot be read"});
+        return;
+    }
+    std::string text(static_cast<std::size_t>(size), '\0');
+    in.read(text.data(), static_cast<std::streamsize>(text.size()));
+    if (in.bad()) {
+        skipped_.push_back({path, "cannot be read"});
+        return;
+    }
+    text.resize(static_cast<std::size_t>(in.gcount()));
+    Parsed parsed = parseWithReason(id, text);
+    if (!parsed.entry) {
+        skipped_.push_back({path, parsed.problem});
+        return;
+    }
+    ids_.insert(id);
+    if (!parsed.entry->hidden) entries_.push_back(std::move(*parsed.entry));
+}
+
 std::optional<DesktopEntry> DesktopEntries::parse(std::string_view id, std::string_view text) {
+    return parseWithReason(id, text).entry;
+}
+
+DesktopEntries::Parsed DesktopEntries::parseWithReason(std::string_view id, std::string_view text) {
     DesktopEntry entry{std::string(id), {}, {}, {}};
     bool inMainGroup = false, sawMainGroup = false;
     while (!text.empty()) {
@@ -80,9 +128,14 @@ std::optional<DesktopEntry> DesktopEntries::parse(std::string_view id, std::stri
         if (key == "Name") entry.name = value;
         else if (key == "StartupWMClass") entry.startupWMClass = value;
         else if (key == "Icon") entry.icon = value;
+        else if (key == "NoDisplay") entry.noDisplay = value == "true";
+        else if (key == "Hidden") entry.hidden = value == "true";
     }
-    if (!sawMainGroup || entry.name.empty()) return std::nullopt;
-    return entry;
+    if (!sawMainGroup) return {std::nullopt, "no [Desktop Entry] group"};
+    if (entry.name.empty()) return {std::nullopt, "no Name"};
+    if (!text::isValidUtf8(entry.name) || !text::isValidUtf8(entry.icon) || !text::isValidUtf8(entry.startupWMClass))
+        return {std::nullopt, "not UTF-8"};
+    return {std::move(entry), nullptr};
 }
 
 const DesktopEntry* DesktopEntries::byID(std::string_view id) const {

@@ -26,7 +26,10 @@ public:
     void openAccessibilitySettings() override { openedPanes_.push_back(Kind::accessibility); }
     bool hasInputMonitoring() const override { return inputMonitoring_; }
     bool requestInputMonitoring() override;
+    bool hasInputMonitoringSettings() const override { return inputMonitoringSettings_; }
     void openInputMonitoringSettings() override { openedPanes_.push_back(Kind::inputMonitoring); }
+    /// Whether the desktop has a page for watching keys; it has one unless a test says not.
+    void setHasInputMonitoringSettings(bool has) { inputMonitoringSettings_ = has; }
 
     /// Grants or withdraws `kind` at once, as the user would in the desktop's settings.
     void set(Kind kind, bool granted);
@@ -49,6 +52,7 @@ private:
 
     bool accessibility_ = false;
     bool inputMonitoring_ = false;
+    bool inputMonitoringSettings_ = true;
     bool grantAccessibilityOnRequest_ = false;
     bool grantInputMonitoringOnRequest_ = false;
     std::size_t accessibilityRequests_ = 0;

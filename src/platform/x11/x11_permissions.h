@@ -24,6 +24,8 @@ public:
     void openAccessibilitySettings() override;
     bool hasInputMonitoring() const override;
     bool requestInputMonitoring() override;
+    /// The input extension is part of the X server: there is no page that could switch it on.
+    bool hasInputMonitoringSettings() const override { return false; }
     void openInputMonitoringSettings() override;
 
 private:

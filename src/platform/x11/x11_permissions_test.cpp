@@ -26,6 +26,7 @@ TEST(X11PermissionsTest, WithoutBusOrDisplayBothAreMissingAndRequestsDoNotGrantT
     EXPECT_FALSE(permissions.hasInputMonitoring());
     EXPECT_FALSE(permissions.requestInputMonitoring());
     permissions.openInputMonitoringSettings();  // nothing to open, nothing happens
+    EXPECT_FALSE(permissions.hasInputMonitoringSettings());
 }
 
 TEST(X11PermissionsTest, TheAccessibilitySettingsStartWithTheirArgumentAndNoSignalIgnored) {
