@@ -40,11 +40,13 @@
 #include "core/translator/translation_popup.h"
 #include "platform/applications.h"
 #include "platform/key_output.h"
+#include "platform/login_item.h"
 #include "platform/pointer.h"
 #include "platform/serial_queue.h"
 #include "platform/sim/desktop.h"
 #include "platform/sim/event_tap.h"
 #include "platform/sim/http_client.h"
+#include "platform/sim/login_item.h"
 #include "platform/sim/permissions.h"
 #include "platform/sim/pomodoro_services.h"
 #include "platform/system_utilities.h"
@@ -110,6 +112,28 @@ private:
     }
 
     sim::VirtualMainLoop& loop_;
+    Record& record_;
+};
+
+/// The simulated login item, recording each call ("login item status", "login item register").
+class RecordingLoginItem final : public platform::LoginItem {
+public:
+    RecordingLoginItem(sim::LoginItem& item, Record& record) : item_(item), record_(record) {}
+    bool isEnabled() const override {
+        record_.push_back("login item status");
+        return item_.isEnabled();
+    }
+    std::optional<std::string> registerItem() override {
+        record_.push_back("login item register");
+        return item_.registerItem();
+    }
+    std::optional<std::string> unregisterItem() override {
+        record_.push_back("login item unregister");
+        return item_.unregisterItem();
+    }
+
+private:
+    sim::LoginItem& item_;
     Record& record_;
 };
 
@@ -327,6 +351,7 @@ protected:
         services_.focusCommands = &focus_;
         services_.powerAssertions = &power_;
         services_.lidSleep = &lidSleep_;
+        services_.loginItem = &loginItem_;
         services_.makeTranslationPopup = [this] {
             record_.push_back("translation popup");
             return std::make_unique<NoTranslationPopup>();
@@ -392,6 +417,8 @@ protected:
     FixedPointer pointer_;
     RecordingPower power_{record_};
     RecordingLidSleep lidSleep_{record_};
+    sim::LoginItem simLoginItem_;
+    RecordingLoginItem loginItem_{simLoginItem_, record_};
     sim::HttpClient http_{desktop_.loop()};
     sim::UserNotifications notifications_{desktop_.loop()};
     RecordingSleepEvents sleep_{record_};
@@ -408,6 +435,7 @@ TEST_F(AppDelegateTest, LaunchBuildsEachFeatureInOrderThenInstallsTheTap) {
     completeOnboarding();
     launch();
     EXPECT_THAT(takeRecord(), ElementsAre("watch",              // 2: the settings file is watched
+                                          "login item status",  //    and the login item asked
                                           "tap hotkeys",        // 4: the keyboard monitor, with its hotkeys
                                           "translation popup",  // 5: the translator
                                           "clipboard popup",    // 6: the clipboard history's popup
@@ -507,7 +535,7 @@ TEST_F(AppDelegateTest, LaterRunWithoutPermissionAsksOneSecondAfterLaunchAndPoll
     completeOnboarding();
     refuseTap();
     launch();
-    EXPECT_THAT(takeRecord(), ElementsAre("watch", "tap hotkeys", "translation popup", "clipboard popup",
+    EXPECT_THAT(takeRecord(), ElementsAre("watch", "login item status", "tap hotkeys", "translation popup", "clipboard popup",
                                           "every 500ms", "focus commands listed", "sleep watched", "toast panel",
                                           "tap start refused",
                                           "after 1000ms",    // 21: the request for the permissions
@@ -523,7 +551,7 @@ TEST_F(AppDelegateTest, LaterRunWithoutPermissionAsksOneSecondAfterLaunchAndPoll
 TEST_F(AppDelegateTest, FirstRunWithoutPermissionShowsTheBannerAndPollsButAsksNothing) {
     refuseTap();
     launch();
-    EXPECT_THAT(takeRecord(), ElementsAre("watch", "tap hotkeys", "translation popup", "clipboard popup",
+    EXPECT_THAT(takeRecord(), ElementsAre("watch", "login item status", "tap hotkeys", "translation popup", "clipboard popup",
                                           "every 500ms", "focus commands listed", "sleep watched", "toast panel",
                                           "tap start refused", "every 1000ms", "onboarding window en",
                                           "onboarding shown", "every 2000ms"));
@@ -544,7 +572,7 @@ TEST_F(AppDelegateTest, KeepAwakeComesAfterTheTextToolsAndBeforeTheTapAndLetsLid
     completeOnboarding();
     keepAwakeWithLidClosed();
     launch();
-    EXPECT_THAT(takeRecord(), ElementsAre("watch", "tap hotkeys", "translation popup", "clipboard popup",
+    EXPECT_THAT(takeRecord(), ElementsAre("watch", "login item status", "tap hotkeys", "translation popup", "clipboard popup",
                                           "every 500ms", "focus commands listed", "sleep watched", "toast panel",
                                           "lid sleep off",  // 18: keep-awake, its lid-close mode
                                           "tap start"));
@@ -652,19 +680,34 @@ TEST_F(AppDelegateTest, TheSettingsRowOpensTheSettingsWindowAndRaisesTheOneOpen)
     EXPECT_EQ(opened, 1);
 }
 
-TEST_F(AppDelegateTest, LaunchAtLoginTogglesTheSettingAndSaysWhatIsMissing) {
+TEST_F(AppDelegateTest, LaunchAtLoginRowRegistersAndUnregistersTheLoginItem) {
     completeOnboarding();
     launch();
     QAction* row = delegate_->menuBarController()->menuItem("launchAtLogin");
     ASSERT_NE(row, nullptr);
     EXPECT_EQ(row->data().toInt(), 100);
+    takeRecord();
     row->trigger();
     EXPECT_TRUE(delegate_->settings()->launchAtLogin());
     EXPECT_TRUE(row->isChecked());
-    EXPECT_NE(logText(logger_, home_.path() / "logs").find("launchAtLogin: set to on; the autostart entry is not written yet"),
+    EXPECT_TRUE(simLoginItem_.enabled());
+    EXPECT_NE(logText(logger_, home_.path() / "logs").find("Launch: registered with the autostart entry"),
               std::string::npos);
     row->trigger();
     EXPECT_FALSE(delegate_->settings()->launchAtLogin());
+    EXPECT_FALSE(simLoginItem_.enabled());
+    EXPECT_THAT(takeRecord(), ElementsAre("login item register", "login item unregister"));
+}
+
+TEST_F(AppDelegateTest, AnAutostartEntryFoundAtLaunchTurnsThePreferenceOn) {
+    completeOnboarding();
+    simLoginItem_.setEnabled(true);
+    launch();
+    EXPECT_TRUE(delegate_->settings()->launchAtLogin());
+    const Record record = takeRecord();
+    ASSERT_GE(record.size(), 3u);
+    EXPECT_THAT(Record(record.begin(), record.begin() + 3),
+                ElementsAre("watch", "login item status", "login item register"));
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 #include "core/events/global_event_monitor.h"
 #include "core/events/notification_center.h"
 #include "core/log/app_logger.h"
+#include "core/outreach/version_display.h"
 #include "core/settings/hotkey_names.h"
 #include "core/utilities/caffeine_coordinator.h"
 #include "core/utilities/keyboard_lock_coordinator.h"
@@ -39,10 +40,8 @@ public:
         : owner_(owner), window_(window), strings_(window.form().strings()) {}
 
     bool confirmClipboardSyncConsent() override { return window_.askClipboardConsent(); }
-    void setLaunchAtLogin(bool enabled) override {
-        log().info(std::string("settings: launch at login ") + (enabled ? "on" : "off") +
-                   "; the autostart entry is not managed by this build yet");
-    }
+    // The login item follows the preference's every write: the save's write reached it.
+    void setLaunchAtLogin(bool) override {}
     void postSettingsLanguageChanged() override {
         owner_.services_.notifications.post(orvantisSettingsLanguageChanged);
     }
@@ -164,7 +163,7 @@ void SettingsWindowAssembly::openSettings() {
     ui.makeSaveTarget = [this](ui::SettingsWindowController& window) -> std::unique_ptr<SettingsSaveTarget> {
         return std::make_unique<SaveTarget>(*this, window);
     };
-    ui.version = std::string(build::kVersion) + " (" + build::kBuild + ")";
+    ui.version = versionDisplayString(build::kVersion, build::kBuild);
     window_ = std::make_unique<ui::SettingsWindowController>(services_.settings, std::move(ui), [this] {
         // Dropped one turn later: the window is still inside its own close event.
         QTimer::singleShot(0, [this] { window_.reset(); });

@@ -26,6 +26,7 @@ namespace orvantis {
 class AppLogger;
 class AppSettings;
 class HotkeyOverlayCoordinator;
+class LaunchAtLoginManager;
 class OnboardingModel;
 class OnboardingWindow;
 class ClipboardMonitor;
@@ -110,6 +111,7 @@ public:
 private:
     void logLaunchBanner();
     void createSettings();
+    void followLoginItem();
     void createMenuBar();
     bool showOnboardingIfNeeded();
     void startKeyboardWatching();
@@ -126,6 +128,7 @@ private:
     NotificationCenter notifications_;
     std::unique_ptr<PreferenceStore> store_;
     std::unique_ptr<AppSettings> settings_;
+    std::unique_ptr<LaunchAtLoginManager> launchAtLogin_;
     std::unique_ptr<ui::MenuBarController> menuBarController_;
     std::unique_ptr<LayoutSwitchingAssembly> layoutSwitching_;
     std::unique_ptr<TranslatorAssembly> translator_;
