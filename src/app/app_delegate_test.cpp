@@ -6,6 +6,7 @@
 
 #include "app/tray_app.h"
 #include "app/settings_window_assembly.h"
+#include "app/feedback_assembly.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -18,6 +19,8 @@
 
 #include <QAction>
 #include <QApplication>
+#include <QPlainTextEdit>
+#include <QPushButton>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -47,12 +50,15 @@
 #include "platform/sim/event_tap.h"
 #include "platform/sim/http_client.h"
 #include "platform/sim/login_item.h"
+#include "platform/sim/mail_composer.h"
 #include "platform/sim/permissions.h"
 #include "platform/sim/pomodoro_services.h"
 #include "platform/system_utilities.h"
 #include "testing/qt_test_application.h"
 #include "testing/test_support.h"
 #include "ui/menu_bar_controller.h"
+#include "ui/feedback_window_controller.h"
+#include "ui/settings_window_controller.h"
 
 namespace orvantis::app {
 namespace {
@@ -352,6 +358,7 @@ protected:
         services_.powerAssertions = &power_;
         services_.lidSleep = &lidSleep_;
         services_.loginItem = &loginItem_;
+        services_.mailComposer = &mail_;
         services_.makeTranslationPopup = [this] {
             record_.push_back("translation popup");
             return std::make_unique<NoTranslationPopup>();
@@ -418,6 +425,7 @@ protected:
     RecordingPower power_{record_};
     RecordingLidSleep lidSleep_{record_};
     sim::LoginItem simLoginItem_;
+    sim::MailComposer mail_{desktop_.loop()};
     RecordingLoginItem loginItem_{simLoginItem_, record_};
     sim::HttpClient http_{desktop_.loop()};
     sim::UserNotifications notifications_{desktop_.loop()};
@@ -678,6 +686,34 @@ TEST_F(AppDelegateTest, TheSettingsRowOpensTheSettingsWindowAndRaisesTheOneOpen)
     delegate_->setSettingsOpener([&] { ++opened; });
     menu.menuItem("menuSettingsItem")->trigger();
     EXPECT_EQ(opened, 1);
+}
+
+TEST_F(AppDelegateTest, TheAboutPagesFeedbackButtonOpensOneWindowThatSendsWithTheDiagnostics) {
+    completeOnboarding();
+    launch();
+    delegate_->openSettings();
+    auto* settings = delegate_->settingsWindow()->window();
+    ASSERT_NE(settings, nullptr);
+    settings->selectSection(SettingsSection::about);
+    auto* button = settings->findChild<QPushButton*>(QStringLiteral("feedbackButton"));
+    ASSERT_NE(button, nullptr);
+    button->click();
+    ui::FeedbackWindowController* feedback = delegate_->settingsWindow()->feedback().window();
+    ASSERT_NE(feedback, nullptr);
+    button->click();  // raises the same window
+    EXPECT_EQ(delegate_->settingsWindow()->feedback().window(), feedback);
+    feedback->bodyTextView()->setPlainText(QStringLiteral("The popup flickers"));
+    feedback->sendButton()->click();
+    desktop_.loop().runUntilIdle();
+    ASSERT_EQ(mail_.drafts().size(), 1u);
+    const auto& draft = mail_.drafts()[0];
+    EXPECT_EQ(draft.draft.recipient, "feedback@orvantis.org");
+    EXPECT_EQ(draft.draft.body, "The popup flickers");
+    ASSERT_TRUE(draft.attachmentExisted);
+    EXPECT_TRUE(draft.attachmentText.starts_with("Orvantis feedback diagnostics\n")) << draft.attachmentText;
+    EXPECT_NE(draft.attachmentText.find("System:        Simulated Linux 1\n"), std::string::npos);
+    EXPECT_FALSE(feedback->isVisible());
+    settings->close();
 }
 
 TEST_F(AppDelegateTest, LaunchAtLoginRowRegistersAndUnregistersTheLoginItem) {

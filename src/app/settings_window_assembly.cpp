@@ -2,6 +2,7 @@
 
 #include <QTimer>
 
+#include "app/feedback_assembly.h"
 #include "app/system_utilities_assembly.h"
 #include "build_info.h"
 #include "core/clipboard/clipboard_monitor.h"
@@ -118,7 +119,7 @@ private:
 };
 
 SettingsWindowAssembly::SettingsWindowAssembly(AppServices& services, SettingsWindowCollaborators collaborators)
-    : services_(services), collaborators_(collaborators) {}
+    : services_(services), collaborators_(collaborators), feedback_(std::make_unique<FeedbackAssembly>(services)) {}
 
 SettingsWindowAssembly::~SettingsWindowAssembly() = default;
 
@@ -164,6 +165,7 @@ void SettingsWindowAssembly::openSettings() {
         return std::make_unique<SaveTarget>(*this, window);
     };
     ui.version = versionDisplayString(build::kVersion, build::kBuild);
+    ui.openFeedback = [this] { feedback_->openFeedback(); };
     window_ = std::make_unique<ui::SettingsWindowController>(services_.settings, std::move(ui), [this] {
         // Dropped one turn later: the window is still inside its own close event.
         QTimer::singleShot(0, [this] { window_.reset(); });

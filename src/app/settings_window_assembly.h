@@ -14,6 +14,7 @@ class SettingsWindowController;
 
 namespace orvantis::app {
 
+class FeedbackAssembly;
 class SystemUtilitiesAssembly;
 
 /// The features a save reaches beyond the settings store; each may be null when its feature is
@@ -37,6 +38,8 @@ public:
     void openSettings();
     /// The open window, or null.
     ui::SettingsWindowController* window() const { return window_.get(); }
+    /// The feedback window's opener, made with this and kept as long.
+    FeedbackAssembly& feedback() { return *feedback_; }
 
 private:
     class SaveTarget;
@@ -44,6 +47,7 @@ private:
 
     AppServices services_;
     SettingsWindowCollaborators collaborators_;
+    std::unique_ptr<FeedbackAssembly> feedback_;
     std::unique_ptr<ui::SettingsWindowController> window_;
     bool monitorWasRunning_ = false;
 };
