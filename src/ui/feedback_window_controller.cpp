@@ -5,6 +5,7 @@
 #include <QCheckBox>
 #include <QCloseEvent>
 #include <QGuiApplication>
+#include <QGridLayout>
 #include <QHBoxLayout>
 #include <QKeyEvent>
 #include <QLabel>
@@ -24,18 +25,22 @@ constexpr int kWidth = 520;
 constexpr int kHeight = 460;
 constexpr int kBodyHeight = 180;
 
-QFont pointFont(QWidget* widget, double points) {
+/// The widget's font at `size` pixels: the sizes of the form are those of a 1x screen.
+QFont sizedFont(QWidget* widget, int size) {
     QFont font = widget->font();
-    font.setPointSizeF(points);
+    font.setPixelSize(size);
     return font;
 }
 
-QLabel* label(std::string_view text, double points = 0) {
+QLabel* label(std::string_view text, int size = 0) {
     auto* l = new QLabel(toQString(text));
     l->setWordWrap(true);
-    if (points > 0) l->setFont(pointFont(l, points));
+    if (size > 0) l->setFont(sizedFont(l, size));
     return l;
 }
+
+/// Wide enough for the sheets' texts to read as paragraphs rather than a column.
+constexpr int kSheetTextWidth = 380;
 
 bool isBlank(const QString& text) {
     for (const QChar c : text)
@@ -70,7 +75,7 @@ FeedbackWindowController::FeedbackWindowController(SettingsStrings strings, Send
     bodyTextView_ = new QPlainTextEdit;
     bodyTextView_->setObjectName(QStringLiteral("feedbackBody"));
     bodyTextView_->setFixedHeight(kBodyHeight);
-    bodyTextView_->setFont(pointFont(bodyTextView_, 13));
+    bodyTextView_->setFont(sizedFont(bodyTextView_, 13));
     bodyTextView_->setStyleSheet(QStringLiteral("QPlainTextEdit { padding: 6px 4px; }"));
     layout->addWidget(bodyTextView_);
     bodyPlaceholder_ = new QLabel(toQString(s_.feedbackBodyPlaceholder), bodyTextView_->viewport());
@@ -81,7 +86,9 @@ FeedbackWindowController::FeedbackWindowController(SettingsStrings strings, Send
     QPalette grey = bodyPlaceholder_->palette();
     grey.setColor(QPalette::WindowText, grey.color(QPalette::Disabled, QPalette::WindowText));
     bodyPlaceholder_->setPalette(grey);
-    bodyPlaceholder_->setGeometry(6, 4, kWidth - 40 - 16, 60);
+    // Over the first line of the text, where typing starts.
+    bodyPlaceholder_->setAlignment(Qt::AlignLeft | Qt::AlignTop);
+    bodyPlaceholder_->setGeometry(4, 4, kWidth - 40 - 24, 60);
     // Any character, a blank too, hides the placeholder.
     connect(bodyTextView_, &QPlainTextEdit::textChanged, this,
             [this] { bodyPlaceholder_->setVisible(bodyTextView_->document()->isEmpty()); });
@@ -154,6 +161,9 @@ void FeedbackWindowController::showSheet(std::string_view title, std::string_vie
     box->setInformativeText(toQString(message));
     box->setAttribute(Qt::WA_DeleteOnClose);
     box->setWindowModality(Qt::WindowModal);
+    if (auto* grid = qobject_cast<QGridLayout*>(box->layout()))
+        grid->addItem(new QSpacerItem(kSheetTextWidth, 0, QSizePolicy::Minimum, QSizePolicy::Fixed), grid->rowCount(), 0,
+                      1, grid->columnCount());
     sheet_ = box;
     box->open();  // does not hold up the event loop
 }
