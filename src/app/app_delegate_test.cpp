@@ -713,6 +713,14 @@ TEST_F(AppDelegateTest, TheAboutPagesFeedbackButtonOpensOneWindowThatSendsWithTh
     EXPECT_TRUE(draft.attachmentText.starts_with("Orvantis feedback diagnostics\n")) << draft.attachmentText;
     EXPECT_NE(draft.attachmentText.find("System:        Simulated Linux 1\n"), std::string::npos);
     EXPECT_FALSE(feedback->isVisible());
+    // Opened again before the closed window is dropped: a new window shows, and stays.
+    button->click();
+    QApplication::processEvents();
+    ASSERT_NE(delegate_->settingsWindow()->feedback().window(), nullptr);
+    EXPECT_TRUE(delegate_->settingsWindow()->feedback().window()->isVisible());
+    delegate_->settingsWindow()->feedback().window()->close();
+    QApplication::processEvents();
+    EXPECT_EQ(delegate_->settingsWindow()->feedback().window(), nullptr);
     settings->close();
 }
 

@@ -1,5 +1,6 @@
 #include "app/feedback_assembly.h"
 
+#include <cstdint>
 #include <filesystem>
 #include <system_error>
 
@@ -42,7 +43,10 @@ FeedbackAssembly::FeedbackAssembly(AppServices& services) : services_(services) 
 FeedbackAssembly::~FeedbackAssembly() = default;
 
 void FeedbackAssembly::openFeedback() {
+    // A window that closed in this turn and waits to be dropped gives way to a new one.
+    if (window_ && !window_->isVisible()) window_.reset();
     if (!window_) {
+        const std::uint64_t generation = ++windowGeneration_;
         auto send = [this](std::string subject, std::string body, bool attachLogs, std::function<void(bool)> done) {
             if (!composer_) {
                 services_.logger.log().app.warning("feedback: this desktop has no mail composer");
@@ -55,9 +59,11 @@ void FeedbackAssembly::openFeedback() {
                             });
         };
         window_ = std::make_unique<ui::FeedbackWindowController>(
-            SettingsStrings::make(services_.settings.settingsLanguage()), std::move(send), [this] {
+            SettingsStrings::make(services_.settings.settingsLanguage()), std::move(send), [this, generation] {
                 // Dropped one turn later: the window is still inside its own close event.
-                QTimer::singleShot(0, [this] { window_.reset(); });
+                QTimer::singleShot(0, [this, generation] {
+                    if (windowGeneration_ == generation) window_.reset();
+                });
             });
         services_.logger.log().app.info("feedback: window opened");
     }

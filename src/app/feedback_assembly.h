@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 
@@ -37,6 +38,8 @@ private:
     std::function<bool()> syncFolderAvailable_;
     std::unique_ptr<FeedbackComposer> composer_;
     std::unique_ptr<ui::FeedbackWindowController> window_;
+    /// Counts the windows made, so that a late drop never takes a newer window.
+    std::uint64_t windowGeneration_ = 0;
 };
 
 }  // namespace orvantis::app
