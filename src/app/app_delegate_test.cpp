@@ -722,6 +722,7 @@ TEST_F(AppDelegateTest, TheAboutPagesFeedbackButtonOpensOneWindowThatSendsWithTh
     QApplication::processEvents();
     EXPECT_EQ(delegate_->settingsWindow()->feedback().window(), nullptr);
     settings->close();
+    QApplication::processEvents();  // the closed settings window is dropped while its owner lives
 }
 
 TEST_F(AppDelegateTest, LaunchAtLoginRowRegistersAndUnregistersTheLoginItem) {
@@ -840,6 +841,10 @@ TEST_F(AppDelegateTest, ShowWindowOpensEachWindowAndRefusesOtherNames) {
     EXPECT_NE(delegate_->onboardingWindow(), nullptr);
     EXPECT_EQ(delegate_->showWindow("overlay"), std::nullopt);
     EXPECT_TRUE(delegate_->hotkeyOverlay()->isVisible() || !services_.makeHotkeyOverlay);
+    EXPECT_EQ(delegate_->showWindow("feedback"), std::nullopt);
+    ASSERT_NE(delegate_->settingsWindow()->feedback().window(), nullptr);
+    EXPECT_TRUE(delegate_->settingsWindow()->feedback().window()->isVisible());
+    delegate_->settingsWindow()->feedback().window()->close();
     EXPECT_EQ(delegate_->showWindow("dashboard"), std::optional<std::string>("no window is called \"dashboard\""));
 }
 

@@ -1,10 +1,8 @@
 #include "app/feedback_assembly.h"
 
-#include <cstdint>
 #include <filesystem>
 #include <system_error>
 
-#include <QTimer>
 
 #include "build_info.h"
 #include "core/log/app_logger.h"
@@ -43,10 +41,7 @@ FeedbackAssembly::FeedbackAssembly(AppServices& services) : services_(services) 
 FeedbackAssembly::~FeedbackAssembly() = default;
 
 void FeedbackAssembly::openFeedback() {
-    // A window that closed in this turn and waits to be dropped gives way to a new one.
-    if (window_ && !window_->isVisible()) window_.reset();
     if (!window_) {
-        const std::uint64_t generation = ++windowGeneration_;
         auto send = [this](std::string subject, std::string body, bool attachLogs, std::function<void(bool)> done) {
             if (!composer_) {
                 services_.logger.log().app.warning("feedback: this desktop has no mail composer");
@@ -59,11 +54,11 @@ void FeedbackAssembly::openFeedback() {
                             });
         };
         window_ = std::make_unique<ui::FeedbackWindowController>(
-            SettingsStrings::make(services_.settings.settingsLanguage()), std::move(send), [this, generation] {
-                // Dropped one turn later: the window is still inside its own close event.
-                QTimer::singleShot(0, [this, generation] {
-                    if (windowGeneration_ == generation) window_.reset();
-                });
+            SettingsStrings::make(services_.settings.settingsLanguage()), std::move(send), [this] {
+                // The window is still inside its own close event: it goes once that is over, by
+                // itself, so that neither a window opened meanwhile nor the end of this object
+                // is in its way.
+                window_.release()->deleteLater();
             });
         services_.logger.log().app.info("feedback: window opened");
     }

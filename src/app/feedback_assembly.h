@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstdint>
 #include <functional>
 #include <memory>
 
@@ -16,7 +15,7 @@ class FeedbackWindowController;
 namespace orvantis::app {
 
 /// The feedback window and the composer behind it: the window is made at openFeedback(), one at
-/// a time, and dropped when it closes; the composer lives as long as this, so an attachment is
+/// a time, and handed over to Qt to be deleted when it closes; the composer lives as long as this, so an attachment is
 /// still removed after its window has gone. Without a mail composer on this desktop every send
 /// fails and the window says so. Main thread only.
 class FeedbackAssembly {
@@ -38,8 +37,6 @@ private:
     std::function<bool()> syncFolderAvailable_;
     std::unique_ptr<FeedbackComposer> composer_;
     std::unique_ptr<ui::FeedbackWindowController> window_;
-    /// Counts the windows made, so that a late drop never takes a newer window.
-    std::uint64_t windowGeneration_ = 0;
 };
 
 }  // namespace orvantis::app

@@ -13,6 +13,7 @@
 #include <QTimer>
 
 #include "app/clipboard_bus_export.h"
+#include "app/feedback_assembly.h"
 #include "app/system_utilities_bus_export.h"
 #include "app/termination_signal_watcher.h"
 #include "app/launch_code_pages.h"
@@ -204,6 +205,8 @@ std::optional<std::string> AppDelegate::showWindow(std::string_view window) {
         if (menuBarController_) menuBarController_->openHelp();
     } else if (window == "overlay") {
         if (hotkeyOverlay_) hotkeyOverlay_->showForCommand();
+    } else if (window == "feedback") {
+        if (settingsWindow_) settingsWindow_->feedback().openFeedback();
     } else {
         return "no window is called \"" + std::string(window) + "\"";
     }

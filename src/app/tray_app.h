@@ -95,7 +95,8 @@ public:
     /// Shows the onboarding window, or raises it when it is open, whether or not onboarding
     /// was completed before: the first run and `orvantis show onboarding`.
     void showOnboarding();
-    /// `orvantis show WINDOW`: opens or raises "settings", "onboarding", "help" or "overlay";
+    /// `orvantis show WINDOW`: opens or raises "settings", "onboarding", "help", "overlay" or
+    /// "feedback";
     /// answers why not for any other name.
     std::optional<std::string> showWindow(std::string_view window);
     /// The onboarding window while it is open, else null.
