@@ -77,8 +77,7 @@ Outcome runTool(const std::vector<std::string>& arguments, std::chrono::millisec
 }  // namespace
 
 XdgMailComposer::XdgMailComposer(platform::MainLoop& loop, std::chrono::milliseconds patience)
-    : loop_(loop), patience_(patience), shared_(std::make_shared<Shared>()),
-      queue_(std::make_unique<platform::ThreadSerialQueue>("MOLVEX.Orvantis.MailComposer")) {}
+    : loop_(loop), patience_(patience), shared_(std::make_shared<Shared>()) {}
 
 XdgMailComposer::~XdgMailComposer() {
     {
@@ -109,6 +108,8 @@ void XdgMailComposer::openURL(const std::string& url, std::function<void(bool)> 
 
 void XdgMailComposer::run(std::vector<std::string> arguments, std::function<void(bool)> done) {
     shared_->reap();
+    // The thread starts with the first mail, not with the program.
+    if (!queue_) queue_ = std::make_unique<platform::ThreadSerialQueue>("MOLVEX.Orvantis.MailComposer");
     queue_->async([shared = shared_, &loop = loop_, patience = patience_, arguments = std::move(arguments),
                    done = std::move(done)]() mutable {
         pid_t pid = 0;

@@ -18,7 +18,8 @@ namespace orvantis::freedesktop {
 /// for a draft, `xdg-open URL` for a link, each found on PATH. A tool that is missing, cannot
 /// start or exits with a status other than 0 is a failure. Some clients keep the tool running
 /// until the client itself ends: a tool still running after `patience` counts as a success and
-/// is reaped later. The tools run on a queue of their own; results come back through the loop.
+/// is reaped later. The tools run on a queue of their own, started at the first request; results
+/// come back through the loop.
 /// Main thread only.
 class XdgMailComposer final : public platform::MailComposer {
 public:
