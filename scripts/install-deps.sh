@@ -17,6 +17,8 @@ packages=(
   # language detection, the first HTML transform):
   # a package of the program must name them, as no linker dependency shows them
   libcurl4 libssl3 libcld2-0 libaspell15 libgumbo1
+  # the feedback mail: xdg-email for the mail client, xdg-open for a mailto: link
+  xdg-utils
   # tests and benchmarks
   libgtest-dev libgmock-dev libbenchmark-dev
   # user interface

@@ -6,6 +6,7 @@
 
 #include "app/tray_app.h"
 #include "app/settings_window_assembly.h"
+#include "app/feedback_assembly.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -18,6 +19,8 @@
 
 #include <QAction>
 #include <QApplication>
+#include <QPlainTextEdit>
+#include <QPushButton>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -40,17 +43,22 @@
 #include "core/translator/translation_popup.h"
 #include "platform/applications.h"
 #include "platform/key_output.h"
+#include "platform/login_item.h"
 #include "platform/pointer.h"
 #include "platform/serial_queue.h"
 #include "platform/sim/desktop.h"
 #include "platform/sim/event_tap.h"
 #include "platform/sim/http_client.h"
+#include "platform/sim/login_item.h"
+#include "platform/sim/mail_composer.h"
 #include "platform/sim/permissions.h"
 #include "platform/sim/pomodoro_services.h"
 #include "platform/system_utilities.h"
 #include "testing/qt_test_application.h"
 #include "testing/test_support.h"
 #include "ui/menu_bar_controller.h"
+#include "ui/feedback_window_controller.h"
+#include "ui/settings_window_controller.h"
 
 namespace orvantis::app {
 namespace {
@@ -110,6 +118,28 @@ private:
     }
 
     sim::VirtualMainLoop& loop_;
+    Record& record_;
+};
+
+/// The simulated login item, recording each call ("login item status", "login item register").
+class RecordingLoginItem final : public platform::LoginItem {
+public:
+    RecordingLoginItem(sim::LoginItem& item, Record& record) : item_(item), record_(record) {}
+    bool isEnabled() const override {
+        record_.push_back("login item status");
+        return item_.isEnabled();
+    }
+    std::optional<std::string> registerItem() override {
+        record_.push_back("login item register");
+        return item_.registerItem();
+    }
+    std::optional<std::string> unregisterItem() override {
+        record_.push_back("login item unregister");
+        return item_.unregisterItem();
+    }
+
+private:
+    sim::LoginItem& item_;
     Record& record_;
 };
 
@@ -328,6 +358,8 @@ protected:
         services_.focusCommands = &focus_;
         services_.powerAssertions = &power_;
         services_.lidSleep = &lidSleep_;
+        services_.loginItem = &loginItem_;
+        services_.mailComposer = &mail_;
         services_.makeTranslationPopup = [this] {
             record_.push_back("translation popup");
             return std::make_unique<NoTranslationPopup>();
@@ -393,6 +425,9 @@ protected:
     FixedPointer pointer_;
     RecordingPower power_{record_};
     RecordingLidSleep lidSleep_{record_};
+    sim::LoginItem simLoginItem_;
+    sim::MailComposer mail_{desktop_.loop()};
+    RecordingLoginItem loginItem_{simLoginItem_, record_};
     sim::HttpClient http_{desktop_.loop()};
     sim::UserNotifications notifications_{desktop_.loop()};
     RecordingSleepEvents sleep_{record_};
@@ -409,6 +444,7 @@ TEST_F(AppDelegateTest, LaunchBuildsEachFeatureInOrderThenInstallsTheTap) {
     completeOnboarding();
     launch();
     EXPECT_THAT(takeRecord(), ElementsAre("watch",              // 2: the settings file is watched
+                                          "login item status",  //    and the login item asked
                                           "tap hotkeys",        // 4: the keyboard monitor, with its hotkeys
                                           "translation popup",  // 5: the translator
                                           "clipboard popup",    // 6: the clipboard history's popup
@@ -508,7 +544,7 @@ TEST_F(AppDelegateTest, LaterRunWithoutPermissionAsksOneSecondAfterLaunchAndPoll
     completeOnboarding();
     refuseTap();
     launch();
-    EXPECT_THAT(takeRecord(), ElementsAre("watch", "tap hotkeys", "translation popup", "clipboard popup",
+    EXPECT_THAT(takeRecord(), ElementsAre("watch", "login item status", "tap hotkeys", "translation popup", "clipboard popup",
                                           "every 500ms", "focus commands listed", "sleep watched", "toast panel",
                                           "tap start refused",
                                           "after 1000ms",    // 21: the request for the permissions
@@ -524,7 +560,7 @@ TEST_F(AppDelegateTest, LaterRunWithoutPermissionAsksOneSecondAfterLaunchAndPoll
 TEST_F(AppDelegateTest, FirstRunWithoutPermissionShowsTheBannerAndPollsButAsksNothing) {
     refuseTap();
     launch();
-    EXPECT_THAT(takeRecord(), ElementsAre("watch", "tap hotkeys", "translation popup", "clipboard popup",
+    EXPECT_THAT(takeRecord(), ElementsAre("watch", "login item status", "tap hotkeys", "translation popup", "clipboard popup",
                                           "every 500ms", "focus commands listed", "sleep watched", "toast panel",
                                           "tap start refused", "every 1000ms", "onboarding window en",
                                           "onboarding shown", "every 2000ms"));
@@ -545,7 +581,7 @@ TEST_F(AppDelegateTest, KeepAwakeComesAfterTheTextToolsAndBeforeTheTapAndLetsLid
     completeOnboarding();
     keepAwakeWithLidClosed();
     launch();
-    EXPECT_THAT(takeRecord(), ElementsAre("watch", "tap hotkeys", "translation popup", "clipboard popup",
+    EXPECT_THAT(takeRecord(), ElementsAre("watch", "login item status", "tap hotkeys", "translation popup", "clipboard popup",
                                           "every 500ms", "focus commands listed", "sleep watched", "toast panel",
                                           "lid sleep off",  // 18: keep-awake, its lid-close mode
                                           "tap start"));
@@ -653,19 +689,71 @@ TEST_F(AppDelegateTest, TheSettingsRowOpensTheSettingsWindowAndRaisesTheOneOpen)
     EXPECT_EQ(opened, 1);
 }
 
-TEST_F(AppDelegateTest, LaunchAtLoginTogglesTheSettingAndSaysWhatIsMissing) {
+TEST_F(AppDelegateTest, TheAboutPagesFeedbackButtonOpensOneWindowThatSendsWithTheDiagnostics) {
+    completeOnboarding();
+    launch();
+    delegate_->openSettings();
+    auto* settings = delegate_->settingsWindow()->window();
+    ASSERT_NE(settings, nullptr);
+    settings->selectSection(SettingsSection::about);
+    auto* button = settings->findChild<QPushButton*>(QStringLiteral("feedbackButton"));
+    ASSERT_NE(button, nullptr);
+    button->click();
+    ui::FeedbackWindowController* feedback = delegate_->settingsWindow()->feedback().window();
+    ASSERT_NE(feedback, nullptr);
+    button->click();  // raises the same window
+    EXPECT_EQ(delegate_->settingsWindow()->feedback().window(), feedback);
+    feedback->bodyTextView()->setPlainText(QStringLiteral("The popup flickers"));
+    feedback->sendButton()->click();
+    desktop_.loop().runUntilIdle();
+    ASSERT_EQ(mail_.drafts().size(), 1u);
+    const auto& draft = mail_.drafts()[0];
+    EXPECT_EQ(draft.draft.recipient, "feedback@orvantis.org");
+    EXPECT_EQ(draft.draft.body, "The popup flickers");
+    ASSERT_TRUE(draft.attachmentExisted);
+    EXPECT_TRUE(draft.attachmentText.starts_with("Orvantis feedback diagnostics\n")) << draft.attachmentText;
+    EXPECT_NE(draft.attachmentText.find("System:        Simulated Linux 1\n"), std::string::npos);
+    EXPECT_FALSE(feedback->isVisible());
+    // Opened again before the closed window is dropped: a new window shows, and stays.
+    button->click();
+    QApplication::processEvents();
+    ASSERT_NE(delegate_->settingsWindow()->feedback().window(), nullptr);
+    EXPECT_TRUE(delegate_->settingsWindow()->feedback().window()->isVisible());
+    delegate_->settingsWindow()->feedback().window()->close();
+    QApplication::processEvents();
+    EXPECT_EQ(delegate_->settingsWindow()->feedback().window(), nullptr);
+    settings->close();
+    QApplication::processEvents();  // the closed settings window is dropped while its owner lives
+}
+
+TEST_F(AppDelegateTest, LaunchAtLoginRowRegistersAndUnregistersTheLoginItem) {
     completeOnboarding();
     launch();
     QAction* row = delegate_->menuBarController()->menuItem("launchAtLogin");
     ASSERT_NE(row, nullptr);
     EXPECT_EQ(row->data().toInt(), 100);
+    takeRecord();
     row->trigger();
     EXPECT_TRUE(delegate_->settings()->launchAtLogin());
     EXPECT_TRUE(row->isChecked());
-    EXPECT_NE(logText(logger_, home_.path() / "logs").find("launchAtLogin: set to on; the autostart entry is not written yet"),
+    EXPECT_TRUE(simLoginItem_.enabled());
+    EXPECT_NE(logText(logger_, home_.path() / "logs").find("Launch: registered with the autostart entry"),
               std::string::npos);
     row->trigger();
     EXPECT_FALSE(delegate_->settings()->launchAtLogin());
+    EXPECT_FALSE(simLoginItem_.enabled());
+    EXPECT_THAT(takeRecord(), ElementsAre("login item register", "login item unregister"));
+}
+
+TEST_F(AppDelegateTest, AnAutostartEntryFoundAtLaunchTurnsThePreferenceOn) {
+    completeOnboarding();
+    simLoginItem_.setEnabled(true);
+    launch();
+    EXPECT_TRUE(delegate_->settings()->launchAtLogin());
+    const Record record = takeRecord();
+    ASSERT_GE(record.size(), 3u);
+    EXPECT_THAT(Record(record.begin(), record.begin() + 3),
+                ElementsAre("watch", "login item status", "login item register"));
 }
 
 }  // namespace
@@ -754,6 +842,10 @@ TEST_F(AppDelegateTest, ShowWindowOpensEachWindowAndRefusesOtherNames) {
     EXPECT_NE(delegate_->onboardingWindow(), nullptr);
     EXPECT_EQ(delegate_->showWindow("overlay"), std::nullopt);
     EXPECT_TRUE(delegate_->hotkeyOverlay()->isVisible() || !services_.makeHotkeyOverlay);
+    EXPECT_EQ(delegate_->showWindow("feedback"), std::nullopt);
+    ASSERT_NE(delegate_->settingsWindow()->feedback().window(), nullptr);
+    EXPECT_TRUE(delegate_->settingsWindow()->feedback().window()->isVisible());
+    delegate_->settingsWindow()->feedback().window()->close();
     EXPECT_EQ(delegate_->showWindow("dashboard"), std::optional<std::string>("no window is called \"dashboard\""));
 }
 

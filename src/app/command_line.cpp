@@ -80,7 +80,7 @@ constexpr std::string_view kUsage =
     "  orvantis caffeine status        active|inactive, a tab, seconds left or -, a tab,\n"
     "                                  held|released\n"
     "  orvantis lock                   lock the keyboard for cleaning\n"
-    "  orvantis show settings|onboarding|help|overlay\n"
+    "  orvantis show settings|onboarding|help|overlay|feedback\n"
     "                                  the running program opens that window, or raises it\n"
     "  orvantis --version              the version and build\n"
     "  orvantis --help                 this text\n"

@@ -30,6 +30,8 @@ class FocusCommands;
 class HttpClient;
 class InputSources;
 class KeyOutput;
+class LoginItem;
+class MailComposer;
 class Pasteboard;
 class Permissions;
 class Pointer;
@@ -69,6 +71,9 @@ struct DesktopServices {
     platform::LidSleepControl* lidSleep = nullptr;
     platform::ApplicationWatch* applicationWatch = nullptr;
     platform::PointerDevices* pointerDevices = nullptr;
+    /// The record that starts the program at login, and the mail composer for feedback.
+    platform::LoginItem* loginItem = nullptr;
+    platform::MailComposer* mailComposer = nullptr;
     /// The keyboard lock's overlay, made at the first lock.
     std::function<std::unique_ptr<KeyboardLockOverlay>()> makeKeyboardLockOverlay;
     /// The translator's and the clipboard history's popups, made once by their features.

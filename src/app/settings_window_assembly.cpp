@@ -7,6 +7,7 @@
 #include <QTimer>
 #include <QWindow>
 
+#include "app/feedback_assembly.h"
 #include "app/launch_code_pages.h"
 #include "app/pomodoro_assembly.h"
 #include "app/system_utilities_assembly.h"
@@ -15,6 +16,7 @@
 #include "core/events/global_event_monitor.h"
 #include "core/events/notification_center.h"
 #include "core/log/app_logger.h"
+#include "core/outreach/version_display.h"
 #include "core/pomodoro/dnd_manager.h"
 #include "core/pomodoro/pomodoro_coordinator.h"
 #include "core/settings/hotkey_names.h"
@@ -60,10 +62,8 @@ public:
         : owner_(owner), window_(window), strings_(window.form().strings()) {}
 
     bool confirmClipboardSyncConsent() override { return window_.askClipboardConsent(); }
-    void setLaunchAtLogin(bool enabled) override {
-        log().info(std::string("settings: launch at login ") + (enabled ? "on" : "off") +
-                   "; the autostart entry is not managed by this build yet");
-    }
+    // The login item follows the preference's every write: the save's write reached it.
+    void setLaunchAtLogin(bool) override {}
     void postSettingsLanguageChanged() override {
         owner_.services_.notifications.post(orvantisSettingsLanguageChanged);
     }
@@ -140,7 +140,7 @@ private:
 };
 
 SettingsWindowAssembly::SettingsWindowAssembly(AppServices& services, SettingsWindowCollaborators collaborators)
-    : services_(services), collaborators_(collaborators) {}
+    : services_(services), collaborators_(collaborators), feedback_(std::make_unique<FeedbackAssembly>(services)) {}
 
 SettingsWindowAssembly::~SettingsWindowAssembly() = default;
 
@@ -208,7 +208,8 @@ void SettingsWindowAssembly::openSettings() {
     ui.makeSaveTarget = [this](ui::SettingsWindowController& window) -> std::unique_ptr<SettingsSaveTarget> {
         return std::make_unique<SaveTarget>(*this, window);
     };
-    ui.version = std::string(build::kVersion) + " (" + build::kBuild + ")";
+    ui.version = versionDisplayString(build::kVersion, build::kBuild);
+    ui.openFeedback = [this] { feedback_->openFeedback(); };
     window_ = std::make_unique<ui::SettingsWindowController>(services_.settings, std::move(ui), [this] {
         // Dropped one turn later: the window is still inside its own close event.
         QTimer::singleShot(0, [this] {

@@ -24,6 +24,7 @@ struct InstalledApp;
 
 namespace orvantis::app {
 
+class FeedbackAssembly;
 class PomodoroAssembly;
 class SystemUtilitiesAssembly;
 
@@ -55,6 +56,8 @@ public:
     void openSettings();
     /// The open window, or null.
     ui::SettingsWindowController* window() const { return window_.get(); }
+    /// The feedback window's opener, made with this and kept as long.
+    FeedbackAssembly& feedback() { return *feedback_; }
 
 private:
     class SaveTarget;
@@ -62,6 +65,7 @@ private:
 
     AppServices services_;
     SettingsWindowCollaborators collaborators_;
+    std::unique_ptr<FeedbackAssembly> feedback_;
     std::unique_ptr<ui::SettingsWindowController> window_;
     bool monitorWasRunning_ = false;
     /// The broken desktop files already in the log: each is reported once per run.

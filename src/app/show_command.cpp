@@ -7,8 +7,8 @@
 namespace orvantis::app {
 namespace {
 
-constexpr std::string_view kUsage = "usage: orvantis show settings|onboarding|help|overlay\n";
-constexpr std::array<std::string_view, 4> kWindows{"settings", "onboarding", "help", "overlay"};
+constexpr std::string_view kUsage = "usage: orvantis show settings|onboarding|help|overlay|feedback\n";
+constexpr std::array<std::string_view, 5> kWindows{"settings", "onboarding", "help", "overlay", "feedback"};
 
 }  // namespace
 

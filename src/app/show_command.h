@@ -17,7 +17,7 @@ using ShellBusCall = std::function<freedesktop::ShellBusReply(std::string_view w
 
 inline constexpr std::chrono::milliseconds kShellBusTimeout{1000};
 
-/// `orvantis show settings|onboarding|help|overlay`: the running program opens that window, or
+/// `orvantis show settings|onboarding|help|overlay|feedback`: the running program opens that window, or
 /// raises it when it is open, so that desktop shortcuts can be bound to them. `args` starts with
 /// "show". Answers 0 when shown, 2 for a usage error, 1 when no instance runs or the call fails
 /// (the reason on standard error).

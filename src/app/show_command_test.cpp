@@ -24,6 +24,19 @@ TEST(ShowCommandTest, AsksTheRunningProgramForTheWindow) {
     EXPECT_TRUE(err.str().empty());
 }
 
+TEST(ShowCommandTest, TheFeedbackWindowIsOneOfThem) {
+    std::ostringstream err;
+    std::string asked;
+    EXPECT_EQ(runShowCommand({"show", "feedback"}, err,
+                             [&](std::string_view window) {
+                                 asked = window;
+                                 return freedesktop::ShellBusReply{Status::Answered, {}};
+                             }),
+              0);
+    EXPECT_EQ(asked, "feedback");
+    EXPECT_TRUE(err.str().empty());
+}
+
 TEST(ShowCommandTest, NoInstanceExitsOneWithAMessage) {
     std::ostringstream err;
     EXPECT_EQ(runShowCommand({"show", "settings"}, err,

@@ -13,6 +13,7 @@
 #include <QTimer>
 
 #include "app/clipboard_bus_export.h"
+#include "app/feedback_assembly.h"
 #include "app/system_utilities_bus_export.h"
 #include "app/termination_signal_watcher.h"
 #include "app/launch_code_pages.h"
@@ -21,6 +22,7 @@
 #include "core/clipboard/clipboard_monitor.h"
 #include "core/events/global_event_monitor.h"
 #include "core/log/app_logger.h"
+#include "core/outreach/launch_at_login_manager.h"
 #include "core/permissions/permission_polling.h"
 #include "core/permissions/permissions_manager.h"
 #include "core/settings/app_settings.h"
@@ -123,8 +125,9 @@ ClipboardMonitor* AppDelegate::clipboardMonitor() const {
 void AppDelegate::applicationDidFinishLaunching() {
     // 1. The banner: the first use of the logger.
     logLaunchBanner();
-    // 2. Settings.
+    // 2. Settings; the login item's state wins over the preference.
     createSettings();
+    followLoginItem();
     // 3. The tray icon and its menu.
     createMenuBar();
     AppServices app = services();
@@ -168,13 +171,8 @@ void AppDelegate::createMenuBar() {
         });
     menuBarController_->setShellActions(ui::ShellMenuActions{
         [this] { openSettings(); }, [this] { return settings_->launchAtLogin(); },
-        [this] {
-            const bool on = !settings_->launchAtLogin();
-            settings_->setLaunchAtLogin(on);
-            // The setting is kept; the desktop's autostart entry that acts on it comes later.
-            logger_.log().launch.info(std::string("launchAtLogin: set to ") + (on ? "on" : "off") +
-                                      "; the autostart entry is not written yet");
-        }});
+        // The login item follows the preference's every write.
+        [this] { settings_->setLaunchAtLogin(!settings_->launchAtLogin()); }});
     if (!QSystemTrayIcon::isSystemTrayAvailable()) {
         logger_.log().app.info("menuBar: no system tray yet; the icon docks when one appears");
     }
@@ -207,6 +205,8 @@ std::optional<std::string> AppDelegate::showWindow(std::string_view window) {
         if (menuBarController_) menuBarController_->openHelp();
     } else if (window == "overlay") {
         if (hotkeyOverlay_) hotkeyOverlay_->showForCommand();
+    } else if (window == "feedback") {
+        if (settingsWindow_) settingsWindow_->feedback().openFeedback();
     } else {
         return "no window is called \"" + std::string(window) + "\"";
     }
@@ -267,6 +267,15 @@ void AppDelegate::createSettings() {
     settings_ = std::make_unique<AppSettings>(*store_);
     // Another process (the command line, a sync) may write the file while we run.
     store_->startWatching(loop_);
+}
+
+void AppDelegate::followLoginItem() {
+    if (desktop_.loginItem == nullptr) {
+        logger_.log().launch.info("launchAtLogin: this desktop has no login item; the preference acts on nothing");
+        return;
+    }
+    launchAtLogin_ = std::make_unique<LaunchAtLoginManager>(*desktop_.loginItem, *settings_, logger_.log().launch);
+    launchAtLogin_->syncWithAppSettings();
 }
 
 void AppDelegate::logLaunchBanner() {

@@ -26,6 +26,7 @@ namespace orvantis {
 class AppLogger;
 class AppSettings;
 class HotkeyOverlayCoordinator;
+class LaunchAtLoginManager;
 class OnboardingModel;
 class OnboardingWindow;
 class ClipboardMonitor;
@@ -94,7 +95,8 @@ public:
     /// Shows the onboarding window, or raises it when it is open, whether or not onboarding
     /// was completed before: the first run and `orvantis show onboarding`.
     void showOnboarding();
-    /// `orvantis show WINDOW`: opens or raises "settings", "onboarding", "help" or "overlay";
+    /// `orvantis show WINDOW`: opens or raises "settings", "onboarding", "help", "overlay" or
+    /// "feedback";
     /// answers why not for any other name.
     std::optional<std::string> showWindow(std::string_view window);
     /// The onboarding window while it is open, else null.
@@ -110,6 +112,7 @@ public:
 private:
     void logLaunchBanner();
     void createSettings();
+    void followLoginItem();
     void createMenuBar();
     bool showOnboardingIfNeeded();
     void startKeyboardWatching();
@@ -126,6 +129,7 @@ private:
     NotificationCenter notifications_;
     std::unique_ptr<PreferenceStore> store_;
     std::unique_ptr<AppSettings> settings_;
+    std::unique_ptr<LaunchAtLoginManager> launchAtLogin_;
     std::unique_ptr<ui::MenuBarController> menuBarController_;
     std::unique_ptr<LayoutSwitchingAssembly> layoutSwitching_;
     std::unique_ptr<TranslatorAssembly> translator_;

@@ -4,15 +4,18 @@
 #include <string>
 
 #include "app/selection_key_output.h"
+#include "build_info.h"
 #include "core/log/app_logger.h"
 #include "platform/curl/curl_http_client.h"
 #include "platform/freedesktop/atspi_accessibility.h"
+#include "platform/freedesktop/autostart_entry.h"
 #include "platform/freedesktop/desktop_entries.h"
 #include "platform/freedesktop/desktop_notifications.h"
 #include "platform/freedesktop/focus_command_directory.h"
 #include "platform/freedesktop/logind_sleep_events.h"
 #include "platform/freedesktop/os_release.h"
 #include "platform/freedesktop/power_inhibitors.h"
+#include "platform/freedesktop/xdg_mail_composer.h"
 #include "platform/x11/x11_applications.h"
 #include "platform/x11/x11_clipboard.h"
 #include "platform/x11/x11_event_tap.h"
@@ -69,6 +72,15 @@ X11Desktop::X11Desktop(AppLogger& logger, platform::MainLoop& loop) : loop_(loop
     services_.powerAssertions = powerAssertions_.get();
     lidSleep_ = std::make_unique<freedesktop::LogindLidInhibitor>(logger.log().app);
     services_.lidSleep = lidSleep_.get();
+    // Launch at login as an XDG autostart entry, starting the installed program when that is
+    // the one running, else this build's binary.
+    loginItem_ = std::make_unique<freedesktop::AutostartEntry>(
+        freedesktop::AutostartEntry::defaultFile(),
+        freedesktop::AutostartEntry::launchTarget(freedesktop::AutostartEntry::runningExecutable(),
+                                                  build::kInstalledBinary));
+    services_.loginItem = loginItem_.get();
+    mailComposer_ = std::make_unique<freedesktop::XdgMailComposer>(loop_);
+    services_.mailComposer = mailComposer_.get();
     // Scroll direction per device, where libinput drives the device.
     pointerDevices_ = x11::XInputPointerDevices::open(nullptr, &logger.log());
     if (pointerDevices_) {

@@ -26,7 +26,9 @@ class XkbInputSources;
 class XTestKeyOutput;
 }  // namespace orvantis::x11
 namespace orvantis::freedesktop {
+class AutostartEntry;
 class DesktopEntries;
+class XdgMailComposer;
 class LogindLidInhibitor;
 class ScreenSaverInhibitor;
 }  // namespace orvantis::freedesktop
@@ -82,6 +84,8 @@ private:
     std::unique_ptr<platform::UserNotifications> userNotifications_;
     std::unique_ptr<platform::SystemSleepEvents> sleepEvents_;
     std::unique_ptr<platform::FocusCommands> focusCommands_;
+    std::unique_ptr<freedesktop::AutostartEntry> loginItem_;
+    std::unique_ptr<freedesktop::XdgMailComposer> mailComposer_;
     std::unique_ptr<freedesktop::DesktopEntries> desktopEntries_;  ///< read at the first name looked up
     DesktopServices services_;
 };

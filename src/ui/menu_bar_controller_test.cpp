@@ -475,7 +475,7 @@ TEST_F(MenuBarShellTest, CheckForUpdatesTellsInEnglishWithoutBlocking) {
     ASSERT_NE(controller_.updatesNotice(), nullptr);
     EXPECT_TRUE(controller_.updatesNotice()->isVisible());
     EXPECT_EQ(controller_.updatesNotice()->text(), QStringLiteral("Updater not configured"));
-    EXPECT_TRUE(controller_.updatesNotice()->informativeText().contains(QStringLiteral("Rebuild")));
+    EXPECT_TRUE(controller_.updatesNotice()->informativeText().contains(QStringLiteral("package manager")));
     EXPECT_EQ(controller_.updatesNotice()->buttons().size(), 1);
     controller_.updatesNotice()->close();
 }

@@ -452,8 +452,8 @@ struct SettingsWindowController::Builder {
         caption(feedback, t.feedbackCardHint);
         auto* button = new QPushButton(q(t.feedbackButton));
         button->setObjectName("feedbackButton");
-        QObject::connect(button, &QPushButton::clicked, &w, [] {
-            // The feedback window is not part of this program yet.
+        QObject::connect(button, &QPushButton::clicked, &w, [this] {
+            if (w.services_.openFeedback) w.services_.openFeedback();
         });
         feedback->addWidget(button);
         help(p, t.aboutFeaturesTitle, t.aboutFeatures);

@@ -58,6 +58,8 @@ struct SettingsWindowServices {
     std::function<void()> openFocusCommandFolder;
     /// The program's version, shown on the About page.
     std::string version;
+    /// Opens the feedback window (the About page's Send Feedback button).
+    std::function<void()> openFeedback;
 };
 
 /// The settings window: a toolbar of ten pages, the page, and Cancel and Save. Every control

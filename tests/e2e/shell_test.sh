@@ -199,6 +199,10 @@ wait_exit "$APP_PID" 10
 "$ORVANTIS_BIN" settings set settingsLanguage '"ru"' >/dev/null
 "$ORVANTIS_BIN" settings set hasCompletedOnboarding false >/dev/null
 "$ORVANTIS_BIN" settings set launchAtLogin true >/dev/null
+# The row shows the login item's state: an autostart entry makes it checked (without one, launch
+# would set the preference back to false).
+mkdir -p "$XDG_CONFIG_HOME/autostart"
+printf '[Desktop Entry]\nType=Application\nName=Orvantis\nExec=orvantis\n' >"$XDG_CONFIG_HOME/autostart/orvantis.desktop"
 ORVANTIS_E2E_FIRST_RUN=1 start_orvantis russian
 wait_for_tray_icon "$APP_PID" 15
 wait_until 10 onboarding_window "Начало работы" >/dev/null || fail "no Russian onboarding window"

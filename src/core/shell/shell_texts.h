@@ -7,15 +7,16 @@
 
 namespace orvantis::shell {
 
-/// The updates notice: no update mechanism is built into this version. English in both
-/// interface languages, as it speaks to whoever packages the program.
+/// The updates notice: the program does not update itself; on Linux the package manager does.
+/// English in both interface languages, as it speaks to whoever packages the program; no
+/// menu row leads to it in this version.
 inline constexpr std::string_view kUpdaterNotConfiguredMessage = "Updater not configured";
 inline constexpr std::string_view kUpdaterNotConfiguredDetails =
-    "Automatic updates are not integrated yet. To enable them:\n"
-    "1. Add an update framework to the build as a package dependency.\n"
-    "2. Generate signing keys and enter the public key in the build settings.\n"
-    "3. Rebuild Orvantis.\n"
-    "Until then, updates come through the system's package manager.";
+    "Orvantis does not update itself: updates come through the system's package manager. "
+    "To ship an update:\n"
+    "1. Build the Debian package with scripts/package.sh.\n"
+    "2. Sign it and publish it in the package repository your users have added.\n"
+    "3. Users then get it with their package manager (for example: sudo apt update && sudo apt upgrade).";
 
 /// Texts of the onboarding window beyond the shared string record: the second line of each
 /// feature row and the words of the permission states.

@@ -18,7 +18,7 @@ inline constexpr std::string_view kShellInterface = "org.orvantis.Orvantis.Shell
 inline constexpr std::string_view kShellUnknownWindowError = "org.orvantis.Orvantis.Error.UnknownWindow";
 
 /// The object /org/orvantis/Orvantis with the interface org.orvantis.Orvantis.Shell on the
-/// guard's connection: Show(s window) opens "settings", "onboarding", "help" or "overlay", or
+/// guard's connection: Show(s window) opens "settings", "onboarding", "help", "overlay" or "feedback", or
 /// raises it when it is open. `show` answers an error text for a window it does not know, nullopt
 /// when done; it is called on the main thread. Destroy the service before the guard.
 class ShellBusService {
