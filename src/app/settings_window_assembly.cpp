@@ -18,6 +18,7 @@
 #include "core/pomodoro/dnd_manager.h"
 #include "core/pomodoro/pomodoro_coordinator.h"
 #include "core/settings/hotkey_names.h"
+#include "core/sync/sync_manager.h"
 #include "core/utilities/caffeine_coordinator.h"
 #include "core/utilities/keyboard_lock_coordinator.h"
 #include "platform/freedesktop/desktop_entries.h"
@@ -124,8 +125,12 @@ public:
     void setClipboardHistoryMaxSize(int size) override {
         if (auto* clipboard = owner_.collaborators_.clipboard) clipboard->history().resize(size);
     }
-    void settingsSyncToggled() override { log().info("settings: settings sync toggled; no sync in this build"); }
-    void clipboardSyncToggled() override { log().info("settings: clipboard sync toggled; no sync in this build"); }
+    void settingsSyncToggled() override {
+        if (auto* sync = owner_.collaborators_.sync) sync->settingsToggleDidChange();
+    }
+    void clipboardSyncToggled() override {
+        if (auto* sync = owner_.collaborators_.sync) sync->clipboardToggleDidChange();
+    }
     void closeWindow() override {
         log().info("settings: saved");
         QTimer::singleShot(0, &window_, [w = &window_] { w->close(); });

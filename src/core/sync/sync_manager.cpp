@@ -79,6 +79,7 @@ const std::array<std::string_view, 52>& SyncManager::syncedKeys() {
 
 std::vector<std::filesystem::path> SyncManager::candidateParents(const std::filesystem::path& home,
                                                                  std::string_view configured) {
+    if (home.empty() && std::filesystem::path(configured).is_relative()) return {};
     if (!configured.empty()) {
         std::filesystem::path chosen(configured);
         if (chosen.is_relative()) chosen = home / chosen;
