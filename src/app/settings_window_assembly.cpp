@@ -214,6 +214,7 @@ void SettingsWindowAssembly::openSettings() {
         return std::make_unique<SaveTarget>(*this, window);
     };
     ui.version = std::string(build::kVersion) + " (" + build::kBuild + ")";
+    if (auto* sync = collaborators_.sync; sync && sync->folderURL()) ui.syncFolder = sync->folderURL()->string();
     window_ = std::make_unique<ui::SettingsWindowController>(services_.settings, std::move(ui), [this] {
         // Dropped one turn later: the window is still inside its own close event.
         QTimer::singleShot(0, [this] {

@@ -9,6 +9,8 @@
 #include <QComboBox>
 #include <QDialog>
 #include <QDialogButtonBox>
+#include <QDir>
+#include <QFileDialog>
 #include <QGroupBox>
 #include <QHBoxLayout>
 #include <QHeaderView>
@@ -214,7 +216,35 @@ struct SettingsWindowController::Builder {
         caption(sync, t.iCloudSyncSettingsHint);
         toggle(sync, t.iCloudSyncClipboard, s::kICloudSyncClipboardEnabled);
         caption(sync, t.iCloudSyncClipboardHint);
-        caption(sync, t.iCloudUnavailableNote);
+        syncFolderRow(sync);
+        if (!w.services_.syncFolder) caption(sync, t.iCloudUnavailableNote);
+    }
+    /// The folder in use and the button that chooses another, for the next launch. The choice
+    /// is stored at once: it is no part of the form and no Save waits for it.
+    void syncFolderRow(QVBoxLayout* card) {
+        const auto texts = shell::SyncFolderTexts::make(w.form_.language());
+        auto* layout = row(card, texts.folder);
+        const std::string chosen = w.settings_.get(s::kSyncFolderPath);
+        auto* path = new QLabel(w.services_.syncFolder ? q(*w.services_.syncFolder) : q(texts.notFound));
+        path->setObjectName("syncFolderPath");
+        path->setTextInteractionFlags(Qt::TextSelectableByMouse);
+        path->setWordWrap(true);
+        layout->addWidget(path, 1);
+        auto* choose = new QPushButton(q(texts.choose));
+        choose->setObjectName("syncFolderPath.choose");
+        layout->addWidget(choose);
+        caption(card, texts.nextLaunchNote);
+        auto* pending = caption(card, "");
+        pending->setObjectName("syncFolderPath.pending");
+        pending->setVisible(false);
+        QObject::connect(choose, &QPushButton::clicked, &w, [this, texts, pending, chosen] {
+            const QString start = chosen.empty() ? QDir::homePath() : q(chosen);
+            const QString folder = QFileDialog::getExistingDirectory(&w, q(texts.dialogTitle), start);
+            if (folder.isEmpty()) return;
+            w.settings_.set(s::kSyncFolderPath, folder.toStdString());
+            pending->setText(q(texts.chosenPrefix) + folder);
+            pending->setVisible(true);
+        });
     }
     void translator(QVBoxLayout* p) {
         auto* main = card(p, t.translator);

@@ -58,6 +58,9 @@ struct SettingsWindowServices {
     std::function<void()> openFocusCommandFolder;
     /// The program's version, shown on the About page.
     std::string version;
+    /// The synced folder that sync uses in this run (the program's folder inside it), or
+    /// nullopt when none was found at launch.
+    std::optional<std::string> syncFolder;
 };
 
 /// The settings window: a toolbar of ten pages, the page, and Cancel and Save. Every control

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # The settings window from outside: opened by `orvantis show settings`,
-# every page screenshotted in English and in Russian (settings-<page>-<lang>.png), Esc
+# every page screenshotted in English and in Russian (settings-<page>-<lang>.png; the general
+# page names the synced folder ~/Sync/Orvantis of a private home), Esc
 # (Cancel) after editing leaves the preference file byte for byte as it was, and the window
 # goes without ending the program. A capture started while another program holds the keyboard
 # ends at once with a message in its button, and the global hotkeys work again.
@@ -12,6 +13,9 @@ source "$(dirname "$0")/e2e_lib.sh"
 [[ ${1:-} == --screen ]] && use_screen "$2"
 desktop_up
 prefs=$XDG_CONFIG_HOME/orvantis/preferences.plist
+# A private home with a synced folder: the general page names it.
+export HOME=$ORVANTIS_DESKTOP_DIR/home
+mkdir -p "$HOME/Sync"
 pages=(general translator layoutSwitcher clipboard pomodoro password snippets textTransformer bonus about)
 
 run_language() {
