@@ -116,7 +116,7 @@ bool SyncManager::clipboardSyncOn() const { return history_ != nullptr && settin
 
 void SyncManager::start() {
     log_.info(std::string("start: settingsSync=") + boolText(settingsSyncOn()) +
-              ", clipboardSync=" + boolText(clipboardSyncOn()) + ", iCloudAvailable=" +
+              ", clipboardSync=" + boolText(clipboardSyncOn()) + ", syncFolderAvailable=" +
               boolText(isICloudDriveAvailable()));
     ensureFolderExists();
     if (settingsSyncOn()) pullSettingsIfNewer();

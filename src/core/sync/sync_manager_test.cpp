@@ -183,7 +183,7 @@ TEST_F(SyncManagerTest, NoFolderMeansANoOpAndAWarning) {
     EXPECT_FALSE(m.isICloudDriveAvailable());
     EXPECT_EQ(a_.count("not present — sync will be a no-op"), 1u);
     m.start();
-    EXPECT_EQ(a_.count("start: settingsSync=true, clipboardSync=false, iCloudAvailable=false"), 1u);
+    EXPECT_EQ(a_.count("start: settingsSync=true, clipboardSync=false, syncFolderAvailable=false"), 1u);
     EXPECT_FALSE(m.isPolling());
 }
 
