@@ -238,12 +238,27 @@ struct SettingsWindowController::Builder {
         pending->setObjectName("syncFolderPath.pending");
         pending->setVisible(false);
         QObject::connect(choose, &QPushButton::clicked, &w, [this, texts, pending, chosen] {
-            const QString start = chosen.empty() ? QDir::homePath() : q(chosen);
-            const QString folder = QFileDialog::getExistingDirectory(&w, q(texts.dialogTitle), start);
-            if (folder.isEmpty()) return;
+            QFileDialog dialog(&w, q(texts.dialogTitle), chosen.empty() ? QDir::homePath() : q(chosen));
+            dialog.setFileMode(QFileDialog::Directory);
+            dialog.setOption(QFileDialog::ShowDirsOnly);
+            dialog.setLabelText(QFileDialog::LookIn, q(texts.dialogLookIn));
+            dialog.setLabelText(QFileDialog::FileName, q(texts.dialogFolder));
+            dialog.setLabelText(QFileDialog::FileType, q(texts.dialogFileType));
+            dialog.setLabelText(QFileDialog::Accept, q(texts.dialogAccept));
+            dialog.setLabelText(QFileDialog::Reject, q(texts.dialogReject));
+            if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) return;
+            const QString folder = dialog.selectedFiles().first();
             w.settings_.set(s::kSyncFolderPath, folder.toStdString());
             pending->setText(q(texts.chosenPrefix) + folder);
             pending->setVisible(true);
+            // The note sits at the foot of a long page: scrolled into view once laid out.
+            QTimer::singleShot(0, pending, [pending] {
+                for (QWidget* p = pending->parentWidget(); p != nullptr; p = p->parentWidget())
+                    if (auto* scroll = qobject_cast<QScrollArea*>(p)) {
+                        scroll->ensureWidgetVisible(pending);
+                        break;
+                    }
+            });
         });
     }
     void translator(QVBoxLayout* p) {

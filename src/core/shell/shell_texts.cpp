@@ -52,6 +52,11 @@ SyncFolderTexts SyncFolderTexts::make(SettingsLanguage language) {
                               "из ~/Nextcloud, ~/Dropbox, ~/Sync, ~/OneDrive. Выбранная папка действует со "
                               "следующего запуска Orvantis.",
             .chosenPrefix = "Со следующего запуска: ",
+            .dialogLookIn = "Где:",
+            .dialogFolder = "Папка:",
+            .dialogFileType = "Показывать:",
+            .dialogAccept = "Выбрать",
+            .dialogReject = "Отмена",
         };
     }
     return SyncFolderTexts{
@@ -63,6 +68,11 @@ SyncFolderTexts SyncFolderTexts::make(SettingsLanguage language) {
                           "~/Nextcloud, ~/Dropbox, ~/Sync and ~/OneDrive is used. A folder chosen here takes effect "
                           "at the next launch of Orvantis.",
         .chosenPrefix = "From the next launch: ",
+        .dialogLookIn = "Look in:",
+        .dialogFolder = "Folder:",
+        .dialogFileType = "Show:",
+        .dialogAccept = "Choose",
+        .dialogReject = "Cancel",
     };
 }
 

@@ -47,6 +47,9 @@ struct SyncFolderTexts {
     std::string_view nextLaunchNote;
     /// Before the path of a folder chosen in this run.
     std::string_view chosenPrefix;
+    /// The folder dialog's own labels: the folder shown, the typed folder, the file-type row,
+    /// and its two buttons.
+    std::string_view dialogLookIn, dialogFolder, dialogFileType, dialogAccept, dialogReject;
 
     static SyncFolderTexts make(SettingsLanguage language);
 };
