@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # The settings window from outside: opened by `orvantis show settings`,
 # every page screenshotted in English and in Russian (settings-<page>-<lang>.png; the general
-# page names the synced folder ~/Sync/Orvantis of a private home, and its Choose… button stores
-# another for the next launch), Esc
+# page of a private home without a synced folder says so in English, its Choose… button stores
+# one for the next launch, and the Russian run names it), Esc
 # (Cancel) after editing leaves the preference file byte for byte as it was, and the window
 # goes without ending the program. A capture started while another program holds the keyboard
 # ends at once with a message in its button, and the global hotkeys work again.
@@ -14,17 +14,18 @@ source "$(dirname "$0")/e2e_lib.sh"
 [[ ${1:-} == --screen ]] && use_screen "$2"
 desktop_up
 prefs=$XDG_CONFIG_HOME/orvantis/preferences.plist
-# A private home with a synced folder: the general page names it.
+# A private home without any synced folder: the English run's general page says so; the folder
+# chosen there is the one the Russian run names.
 export HOME=$ORVANTIS_DESKTOP_DIR/home
-mkdir -p "$HOME/Sync"
+mkdir -p "$HOME"
 pages=(general translator layoutSwitcher clipboard pomodoro password snippets textTransformer bonus about)
 
-# choose_sync_folder LANG: the general page's Choose… button opens the folder dialog (its
+# choose_sync_folder LANG Y: the general page's Choose… button opens the folder dialog (its
 # picture: settings-sync-folder-dialog-LANG); a folder typed there is stored at once for the next
 # launch and named under the row.
 choose_sync_folder() {
-  local lang=$1 y=559 title="Synced Folder" chosen dialog
-  [[ $lang == ru ]] && y=573 title="Синхронизируемая папка"
+  local lang=$1 y=${2:?the height of the button} title="Synced Folder" chosen dialog
+  [[ $lang == ru ]] && title="Синхронизируемая папка"
   chosen=$HOME/Chosen-$lang
   mkdir -p "$chosen"
   sleep 0.4
@@ -60,7 +61,7 @@ run_language() {
   if [[ $lang == ru ]]; then
     log_has "init: synced folder found, target=$HOME/Chosen-en/Orvantis" || fail "the chosen folder is not in use"
   fi
-  choose_sync_folder "$lang"
+  if [[ $lang == ru ]]; then choose_sync_folder ru 573; else choose_sync_folder en 559; fi
   focus_window "$window" || fail "the settings window cannot take the focus after the folder dialog"
   for page in "${pages[@]}"; do
     sleep 0.4

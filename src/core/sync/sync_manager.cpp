@@ -121,10 +121,13 @@ void SyncManager::start() {
     ensureFolderExists();
     if (settingsSyncOn()) pullSettingsIfNewer();
     if (clipboardSyncOn()) pullClipboardIfNewer();
-    storeChanges_ = settings_.store().onChange([this](const std::vector<std::string>&) {
-        // The store announces on the thread that wrote; the work belongs to the main loop.
-        if (isApplyingRemoteSettings_) return;
-        userDefaultsDidChange();
+    storeChanges_ = settings_.store().onChange([this, alive = std::weak_ptr<bool>(alive_)](
+                                                    const std::vector<std::string>&) {
+        // The store announces on the thread that wrote; the work belongs to the main loop. Posted
+        // behind the writes of a pull, it still finds the pull's flag raised.
+        loop_.post([this, alive] {
+            if (auto a = alive.lock(); a && *a) userDefaultsDidChange();
+        });
     });
     started_ = true;
     restartPollingIfNeeded();
