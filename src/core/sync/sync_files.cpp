@@ -29,6 +29,14 @@ int LocalSyncFiles::createDirectories(const std::filesystem::path& path) {
 }
 
 files::FileRead LocalSyncFiles::read(const std::filesystem::path& path, std::size_t maxSize) const {
+    // Looked at before it is opened: opening a named pipe would wait for a writer for ever.
+    struct stat info {};
+    if (::stat(path.c_str(), &info) == 0 && !S_ISREG(info.st_mode)) {
+        files::FileRead refused;
+        refused.status = files::FileRead::Status::Failed;
+        refused.error = S_ISDIR(info.st_mode) ? EISDIR : EINVAL;
+        return refused;
+    }
     return files::readWholeFile(path, maxSize);
 }
 

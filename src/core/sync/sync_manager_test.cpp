@@ -22,6 +22,8 @@
 
 #include "platform/sim/virtual_main_loop.h"
 
+#include <sys/stat.h>
+
 namespace orvantis {
 namespace {
 
@@ -459,6 +461,16 @@ TEST_F(SyncManagerTest, FilesOfTheWrongKindAreLoggedOnceAndChangeNothing) {
     loop_.runFor(30s);
     EXPECT_EQ(a_.count("error iCloud: pull settings: read/parse failed"), 2u);
     EXPECT_EQ(a_.settings.switchDelayMs(), 222);
+}
+
+TEST_F(SyncManagerTest, ANamedPipeInPlaceOfTheFileIsNotOpened) {
+    fs::create_directories(folder());
+    ASSERT_EQ(::mkfifo(settingsFile().c_str(), 0600), 0);
+    a_.make().start();  // opening the pipe would wait here for ever
+    loop_.runFor(30s);
+    EXPECT_EQ(a_.count("error iCloud: pull settings: read/parse failed at " + settingsFile().string() +
+                       " (" + files::errnoText(EINVAL)),
+              1u);
 }
 
 TEST_F(SyncManagerTest, AFileOfFiftyMegabytesIsNotReadAndLoggedOnce) {
