@@ -35,6 +35,7 @@
 #include "core/shell/hotkey_overlay.h"
 #include "core/shell/onboarding_model.h"
 #include "core/shell/toast.h"
+#include "core/sync/sync_manager.h"
 #include "core/snippets/snippet_expander.h"
 #include "core/settings/app_settings.h"
 #include "core/settings/preference_store.h"
@@ -404,7 +405,7 @@ protected:
 
     AppDelegate& launch() {
         delegate_ = std::make_unique<AppDelegate>(logger_, loop_, desktop_.loop(), preferencesWriter_,
-                                                  AppPaths{preferencesFile(), home_.path() / "data"}, services_,
+                                                  AppPaths{preferencesFile(), home_.path() / "data", syncHome_}, services_,
                                                   [] {});
         delegate_->applicationDidFinishLaunching();
         return *delegate_;
@@ -415,6 +416,8 @@ protected:
     std::filesystem::path preferencesFile() const { return home_.path() / "preferences.plist"; }
 
     testing::TemporaryDirectory home_;
+    /// Where the synced folder is looked for; empty (none) unless a test gives one.
+    std::filesystem::path syncHome_;
     sim::Desktop desktop_;
     Record record_;
     RecordingLoop loop_{desktop_.loop(), record_};
@@ -455,6 +458,20 @@ TEST_F(AppDelegateTest, LaunchBuildsEachFeatureInOrderThenInstallsTheTap) {
                                           "tap start"));        // 19: the tap, after every closure is wired
     ASSERT_NE(delegate_->menuBarController(), nullptr);
     EXPECT_EQ(delegate_->menuBarController()->statusIcon(), ui::MenuBarController::StatusIcon::keyboard);
+}
+
+TEST_F(AppDelegateTest, WithASyncedFolderTheSyncPollStartsRightAfterTheClipboardIsWatched) {
+    completeOnboarding();
+    std::filesystem::create_directories(home_.path() / "Sync");
+    syncHome_ = home_.path();
+    launch();
+    EXPECT_THAT(takeRecord(), ElementsAre("watch", "tap hotkeys", "translation popup", "clipboard popup",
+                                          "every 500ms",   // 7: the clipboard is watched
+                                          "every 5000ms",  // 8: sync pulls and polls the synced folder
+                                          "focus commands listed", "sleep watched", "toast panel", "tap start"));
+    EXPECT_TRUE(std::filesystem::is_directory(home_.path() / "Sync" / "Orvantis"));
+    ASSERT_NE(delegate_->sync(), nullptr);
+    EXPECT_TRUE(delegate_->sync()->manager().isICloudDriveAvailable());
 }
 
 TEST_F(AppDelegateTest, APomodoroStartedFromTheMenuCountsDownOnTheIconAndEndsWithTheProgram) {

@@ -20,6 +20,7 @@
 #include "core/pomodoro/dnd_manager.h"
 #include "core/pomodoro/pomodoro_coordinator.h"
 #include "core/settings/hotkey_names.h"
+#include "core/sync/sync_manager.h"
 #include "core/utilities/caffeine_coordinator.h"
 #include "core/utilities/keyboard_lock_coordinator.h"
 #include "platform/freedesktop/desktop_entries.h"
@@ -124,8 +125,12 @@ public:
     void setClipboardHistoryMaxSize(int size) override {
         if (auto* clipboard = owner_.collaborators_.clipboard) clipboard->history().resize(size);
     }
-    void settingsSyncToggled() override { log().info("settings: settings sync toggled; no sync in this build"); }
-    void clipboardSyncToggled() override { log().info("settings: clipboard sync toggled; no sync in this build"); }
+    void settingsSyncToggled() override {
+        if (auto* sync = owner_.collaborators_.sync) sync->settingsToggleDidChange();
+    }
+    void clipboardSyncToggled() override {
+        if (auto* sync = owner_.collaborators_.sync) sync->clipboardToggleDidChange();
+    }
     void closeWindow() override {
         log().info("settings: saved");
         QTimer::singleShot(0, &window_, [w = &window_] { w->close(); });
@@ -140,7 +145,12 @@ private:
 };
 
 SettingsWindowAssembly::SettingsWindowAssembly(AppServices& services, SettingsWindowCollaborators collaborators)
-    : services_(services), collaborators_(collaborators), feedback_(std::make_unique<FeedbackAssembly>(services)) {}
+    : services_(services), collaborators_(collaborators), feedback_(std::make_unique<FeedbackAssembly>(services)) {
+    // The diagnostics say whether a synced folder was found at launch.
+    if (SyncManager* sync = collaborators_.sync) {
+        feedback_->setSyncFolderAvailability([sync] { return sync->isICloudDriveAvailable(); });
+    }
+}
 
 SettingsWindowAssembly::~SettingsWindowAssembly() = default;
 
@@ -210,6 +220,7 @@ void SettingsWindowAssembly::openSettings() {
     };
     ui.version = versionDisplayString(build::kVersion, build::kBuild);
     ui.openFeedback = [this] { feedback_->openFeedback(); };
+    if (auto* sync = collaborators_.sync; sync && sync->folderURL()) ui.syncFolder = sync->folderURL()->string();
     window_ = std::make_unique<ui::SettingsWindowController>(services_.settings, std::move(ui), [this] {
         // Dropped one turn later: the window is still inside its own close event.
         QTimer::singleShot(0, [this] {

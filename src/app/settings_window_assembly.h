@@ -10,6 +10,7 @@
 namespace orvantis {
 class ClipboardMonitor;
 class GlobalEventMonitor;
+class SyncManager;
 }  // namespace orvantis
 namespace orvantis {
 class LogCategory;
@@ -36,6 +37,8 @@ struct SettingsWindowCollaborators {
     SystemUtilitiesAssembly* systemUtilities = nullptr;
     /// Its Focus switch is asked again by the Pomodoro page's Recheck button.
     PomodoroAssembly* pomodoro = nullptr;
+    /// Told when a save changed one of the two sync switches.
+    SyncManager* sync = nullptr;
 };
 
 /// The applications the app lists offer: every desktop entry but the NoDisplay ones. Each file

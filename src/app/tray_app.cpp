@@ -140,6 +140,9 @@ void AppDelegate::applicationDidFinishLaunching() {
     clipboard_ = ClipboardAssembly::create(app, monitor);
     // 7. The clipboard is watched.
     if (clipboard_) clipboard_->startWatching();
+    // 8. Settings and clipboard sync through the synced folder: the first pull and the poll.
+    sync_ = std::make_unique<SyncAssembly>(app, clipboardMonitor(), paths_.home);
+    sync_->start();
     // 9. The Pomodoro: its coordinator, menu rows and countdown.
     pomodoro_ = PomodoroAssembly::create(app, *menuBarController_, monitor);
     // 10. The password generator, on its hotkey.
@@ -154,7 +157,8 @@ void AppDelegate::applicationDidFinishLaunching() {
     systemUtilities_ = SystemUtilitiesAssembly::create(app, monitor, menuBarController_.get());
     // The settings window, opened from the menu and the command line.
     settingsWindow_ = std::make_unique<SettingsWindowAssembly>(
-        app, SettingsWindowCollaborators{monitor, clipboardMonitor(), systemUtilities_.get(), pomodoro_.get()});
+        app, SettingsWindowCollaborators{monitor, clipboardMonitor(), systemUtilities_.get(), pomodoro_.get(),
+                                         &sync_->manager()});
     settingsOpener_ = [this] { settingsWindow_->openSettings(); };
     // 19 to 21: the keyboard monitor starts, or the banner asks for permission.
     startKeyboardWatching();
@@ -367,7 +371,8 @@ int runTrayApp(int& argc, char** argv) {
     // The desktop outlives the delegate: the features borrow its services to the end.
     X11Desktop desktop(logger, loop);
     AppDelegate delegate(logger, loop, clock, preferencesWriter,
-                         AppPaths{freedesktop::XdgPaths::preferencesFile(), freedesktop::XdgPaths::dataDirectory()},
+                         AppPaths{freedesktop::XdgPaths::preferencesFile(), freedesktop::XdgPaths::dataDirectory(),
+                                  freedesktop::XdgPaths::home()},
                          desktop.services(), [] { QCoreApplication::quit(); });
     delegate.applicationDidFinishLaunching();
     // Launch ran much of the program's own code once and freed much of what it allocated;

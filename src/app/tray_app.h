@@ -15,6 +15,7 @@
 #include "app/settings_window_assembly.h"
 #include "app/pomodoro_assembly.h"
 #include "app/snippets_assembly.h"
+#include "app/sync_assembly.h"
 #include "app/system_utilities_assembly.h"
 #include "app/text_tools_assembly.h"
 #include "app/translator_assembly.h"
@@ -48,6 +49,8 @@ namespace orvantis::app {
 struct AppPaths {
     std::filesystem::path preferencesFile;
     std::filesystem::path dataDirectory;  ///< the clipboard snapshot and the other data files
+    /// The user's home, where the synced folder is looked for; empty: no synced folder.
+    std::filesystem::path home{};
 };
 
 /// The application delegate: brings the parts of Orvantis to life in the launch order and
@@ -106,6 +109,8 @@ public:
 
     /// Keep-awake, the keyboard lock and the other system utilities, from launch on.
     SystemUtilitiesAssembly* systemUtilities() const { return systemUtilities_.get(); }
+    /// Settings and clipboard sync, from launch on.
+    SyncAssembly* sync() const { return sync_.get(); }
     /// The settings window's opener, from launch on.
     SettingsWindowAssembly* settingsWindow() const { return settingsWindow_.get(); }
 
@@ -134,6 +139,7 @@ private:
     std::unique_ptr<LayoutSwitchingAssembly> layoutSwitching_;
     std::unique_ptr<TranslatorAssembly> translator_;
     std::unique_ptr<ClipboardAssembly> clipboard_;
+    std::unique_ptr<SyncAssembly> sync_;
     std::unique_ptr<PomodoroAssembly> pomodoro_;
     std::unique_ptr<PasswordsAssembly> passwords_;
     std::unique_ptr<SnippetsAssembly> snippets_;

@@ -9,6 +9,8 @@
 #include <QComboBox>
 #include <QDialog>
 #include <QDialogButtonBox>
+#include <QDir>
+#include <QFileDialog>
 #include <QGroupBox>
 #include <QHBoxLayout>
 #include <QHeaderView>
@@ -214,7 +216,50 @@ struct SettingsWindowController::Builder {
         caption(sync, t.iCloudSyncSettingsHint);
         toggle(sync, t.iCloudSyncClipboard, s::kICloudSyncClipboardEnabled);
         caption(sync, t.iCloudSyncClipboardHint);
-        caption(sync, t.iCloudUnavailableNote);
+        syncFolderRow(sync);
+        if (!w.services_.syncFolder) caption(sync, t.iCloudUnavailableNote);
+    }
+    /// The folder in use and the button that chooses another, for the next launch. The choice
+    /// is stored at once: it is no part of the form and no Save waits for it.
+    void syncFolderRow(QVBoxLayout* card) {
+        const auto texts = shell::SyncFolderTexts::make(w.form_.language());
+        auto* layout = row(card, texts.folder);
+        const std::string chosen = w.settings_.get(s::kSyncFolderPath);
+        auto* path = new QLabel(w.services_.syncFolder ? q(*w.services_.syncFolder) : q(texts.notFound));
+        path->setObjectName("syncFolderPath");
+        path->setTextInteractionFlags(Qt::TextSelectableByMouse);
+        path->setWordWrap(true);
+        layout->addWidget(path, 1);
+        auto* choose = new QPushButton(q(texts.choose));
+        choose->setObjectName("syncFolderPath.choose");
+        layout->addWidget(choose);
+        caption(card, texts.nextLaunchNote);
+        auto* pending = caption(card, "");
+        pending->setObjectName("syncFolderPath.pending");
+        pending->setVisible(false);
+        QObject::connect(choose, &QPushButton::clicked, &w, [this, texts, pending, chosen] {
+            QFileDialog dialog(&w, q(texts.dialogTitle), chosen.empty() ? QDir::homePath() : q(chosen));
+            dialog.setFileMode(QFileDialog::Directory);
+            dialog.setOption(QFileDialog::ShowDirsOnly);
+            dialog.setLabelText(QFileDialog::LookIn, q(texts.dialogLookIn));
+            dialog.setLabelText(QFileDialog::FileName, q(texts.dialogFolder));
+            dialog.setLabelText(QFileDialog::FileType, q(texts.dialogFileType));
+            dialog.setLabelText(QFileDialog::Accept, q(texts.dialogAccept));
+            dialog.setLabelText(QFileDialog::Reject, q(texts.dialogReject));
+            if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) return;
+            const QString folder = dialog.selectedFiles().first();
+            w.settings_.set(s::kSyncFolderPath, folder.toStdString());
+            pending->setText(q(texts.chosenPrefix) + folder);
+            pending->setVisible(true);
+            // The note sits at the foot of a long page: scrolled into view once laid out.
+            QTimer::singleShot(0, pending, [pending] {
+                for (QWidget* p = pending->parentWidget(); p != nullptr; p = p->parentWidget())
+                    if (auto* scroll = qobject_cast<QScrollArea*>(p)) {
+                        scroll->ensureWidgetVisible(pending);
+                        break;
+                    }
+            });
+        });
     }
     void translator(QVBoxLayout* p) {
         auto* main = card(p, t.translator);

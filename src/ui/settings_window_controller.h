@@ -60,6 +60,9 @@ struct SettingsWindowServices {
     std::string version;
     /// Opens the feedback window (the About page's Send Feedback button).
     std::function<void()> openFeedback;
+    /// The synced folder that sync uses in this run (the program's folder inside it), or
+    /// nullopt when none was found at launch.
+    std::optional<std::string> syncFolder;
 };
 
 /// The settings window: a toolbar of ten pages, the page, and Cancel and Save. Every control

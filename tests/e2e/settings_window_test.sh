@@ -1,6 +1,8 @@
 #!/usr/bin/env bash
 # The settings window from outside: opened by `orvantis show settings`,
-# every page screenshotted in English and in Russian (settings-<page>-<lang>.png), Esc
+# every page screenshotted in English and in Russian (settings-<page>-<lang>.png; the general
+# page of a private home without a synced folder says so in English, its Choose… button stores
+# one for the next launch, and the Russian run names it), Esc
 # (Cancel) after editing leaves the preference file byte for byte as it was, and the window
 # goes without ending the program. A capture started while another program holds the keyboard
 # ends at once with a message in its button, and the global hotkeys work again.
@@ -12,7 +14,38 @@ source "$(dirname "$0")/e2e_lib.sh"
 [[ ${1:-} == --screen ]] && use_screen "$2"
 desktop_up
 prefs=$XDG_CONFIG_HOME/orvantis/preferences.plist
+# A private home without any synced folder: the English run's general page says so; the folder
+# chosen there is the one the Russian run names.
+export HOME=$ORVANTIS_DESKTOP_DIR/home
+mkdir -p "$HOME"
 pages=(general translator layoutSwitcher clipboard pomodoro password snippets textTransformer bonus about)
+
+# choose_sync_folder LANG Y: the general page's Choose… button opens the folder dialog (its
+# picture: settings-sync-folder-dialog-LANG); a folder typed there is stored at once for the next
+# launch and named under the row.
+choose_sync_folder() {
+  local lang=$1 y=${2:?the height of the button} title="Synced Folder" chosen dialog
+  [[ $lang == ru ]] && title="Синхронизируемая папка"
+  chosen=$HOME/Chosen-$lang
+  mkdir -p "$chosen"
+  sleep 0.4
+  xdotool mousemove 937 "$y" click 1
+  dialog=$(wait_until 10 xdotool search --onlyvisible --name "^$title\$" >/dev/null &&
+    xdotool search --onlyvisible --name "^$title\$" | head -n 1) || fail "the folder dialog did not open ($lang)"
+  focus_window "$dialog" || fail "the folder dialog cannot take the focus"
+  sleep 0.4
+  note "folder dialog ($lang): $(screenshot "settings-sync-folder-dialog-$lang")"
+  xdotool key ctrl+a
+  xdotool type --delay 20 "$chosen"
+  xdotool key Return
+  stored() {
+    python3 -c "import plistlib,sys; d=plistlib.load(open(sys.argv[1],'rb')); sys.exit(d.get('MOLVEX.Orvantis.syncFolderPath')!=sys.argv[2])" \
+      "$prefs" "$chosen" 2>/dev/null
+  }
+  wait_until 5 stored || fail "the chosen folder was not stored ($lang)"
+  sleep 0.4
+  note "folder chosen ($lang): $(screenshot "settings-sync-folder-chosen-$lang")"
+}
 
 run_language() {
   local lang=$1 window page
@@ -24,6 +57,12 @@ run_language() {
   # Centre it so that the pictures show it whole.
   xdotool windowmove "$window" 260 100
   focus_window "$window" || fail "the settings window cannot take the focus"
+  # The folder chosen in the English run is the one in use from the next launch on.
+  if [[ $lang == ru ]]; then
+    log_has "init: synced folder found, target=$HOME/Chosen-en/Orvantis" || fail "the chosen folder is not in use"
+  fi
+  if [[ $lang == ru ]]; then choose_sync_folder ru 573; else choose_sync_folder en 559; fi
+  focus_window "$window" || fail "the settings window cannot take the focus after the folder dialog"
   for page in "${pages[@]}"; do
     sleep 0.4
     note "$page ($lang): $(screenshot "settings-$page-$lang")"

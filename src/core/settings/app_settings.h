@@ -117,6 +117,10 @@ inline constexpr BoolSetting kCaffeineLidCloseAlways{"caffeineLidCloseAlways", "
 inline constexpr BoolSetting kFinderCutEnabled{"finderCutEnabled", "MOLVEX.Orvantis.finderCutEnabled", false, false};
 inline constexpr BoolSetting kICloudSyncSettingsEnabled{"iCloudSyncSettingsEnabled", "MOLVEX.Orvantis.iCloudSyncSettingsEnabled", true, false};
 inline constexpr BoolSetting kICloudSyncClipboardEnabled{"iCloudSyncClipboardEnabled", "MOLVEX.Orvantis.iCloudSyncClipboardEnabled", false, false};
+/// The folder that the user's sync client replicates, chosen in the settings window; empty for
+/// the usual places. A machine's own choice: never mirrored, read once at launch, and kept out
+/// of the list of settings that the settings window and the command line walk.
+inline constexpr StringSetting kSyncFolderPath{"syncFolderPath", "MOLVEX.Orvantis.syncFolderPath", "", false};
 /// The flag of the one-time move of the Pomodoro hotkey off ⌃⇧T, now the text tools' hotkey.
 inline constexpr std::string_view kPomodoroHotkeyMigrationV1 = "MOLVEX.Orvantis.pomodoroHotkeyMigrationV1";
 

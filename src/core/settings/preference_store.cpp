@@ -10,6 +10,7 @@
 #include "core/files/file_change_watch.h"
 #include "core/files/file_io.h"
 #include "core/log/app_logger.h"
+#include "core/settings/property_list_value.h"
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -31,79 +32,6 @@ using PlistPtr = std::unique_ptr<void, PlistDeleter>;
 using files::errnoText;
 using files::FileDescriptor;
 using files::FileRead;
-
-std::optional<PreferenceValue> valueFromNode(plist_t node) {
-    switch (plist_get_node_type(node)) {
-        case PLIST_BOOLEAN: {
-            std::uint8_t v = 0;
-            plist_get_bool_val(node, &v);
-            return PreferenceValue(v != 0);
-        }
-        case PLIST_UINT: {
-            std::uint64_t v = 0;
-            plist_get_uint_val(node, &v);
-            return PreferenceValue(static_cast<std::int64_t>(v));
-        }
-        case PLIST_REAL: {
-            double v = 0;
-            plist_get_real_val(node, &v);
-            return PreferenceValue(v);
-        }
-        case PLIST_STRING: {
-            char* s = nullptr;
-            plist_get_string_val(node, &s);
-            std::string value = s != nullptr ? s : "";
-            std::free(s);
-            return PreferenceValue(std::move(value));
-        }
-        case PLIST_DATA: {
-            char* d = nullptr;
-            std::uint64_t length = 0;
-            plist_get_data_val(node, &d, &length);
-            PreferenceData data{d != nullptr ? std::string(d, static_cast<std::size_t>(length)) : std::string()};
-            std::free(d);
-            return PreferenceValue(std::move(data));
-        }
-        case PLIST_ARRAY: {
-            std::vector<std::string> items;
-            const std::uint32_t count = plist_array_get_size(node);
-            for (std::uint32_t i = 0; i < count; ++i) {
-                plist_t item = plist_array_get_item(node, i);
-                if (plist_get_node_type(item) != PLIST_STRING) return std::nullopt;
-                char* s = nullptr;
-                plist_get_string_val(item, &s);
-                items.emplace_back(s != nullptr ? s : "");
-                std::free(s);
-            }
-            return PreferenceValue(std::move(items));
-        }
-        default:
-            return std::nullopt;
-    }
-}
-
-plist_t nodeFromValue(const PreferenceValue& value) {
-    return std::visit(
-        [](const auto& v) -> plist_t {
-            using T = std::decay_t<decltype(v)>;
-            if constexpr (std::is_same_v<T, bool>) {
-                return plist_new_bool(v ? 1 : 0);
-            } else if constexpr (std::is_same_v<T, std::int64_t>) {
-                return plist_new_uint(static_cast<std::uint64_t>(v));
-            } else if constexpr (std::is_same_v<T, double>) {
-                return plist_new_real(v);
-            } else if constexpr (std::is_same_v<T, std::string>) {
-                return plist_new_string(v.c_str());
-            } else if constexpr (std::is_same_v<T, std::vector<std::string>>) {
-                plist_t array = plist_new_array();
-                for (const auto& item : v) plist_array_append_item(array, plist_new_string(item.c_str()));
-                return array;
-            } else {
-                return plist_new_data(v.bytes.data(), v.bytes.size());
-            }
-        },
-        value);
-}
 
 // A property list string cannot hold NUL; cut at the first one rather than fail.
 PreferenceValue withoutNul(PreferenceValue value) {
@@ -180,7 +108,7 @@ std::optional<std::map<std::string, PreferenceValue>> PreferenceStore::parseProp
             break;
         }
         if (key != nullptr) {
-            if (auto value = valueFromNode(node)) values.emplace(key, std::move(*value));
+            if (auto value = preferenceValueFromNode(node)) values.emplace(key, std::move(*value));
         }
         std::free(key);
     }
@@ -190,7 +118,7 @@ std::optional<std::map<std::string, PreferenceValue>> PreferenceStore::parseProp
 
 std::string PreferenceStore::serializePropertyList(const std::map<std::string, PreferenceValue>& values) {
     PlistPtr root(plist_new_dict());
-    for (const auto& [key, value] : values) plist_dict_set_item(root.get(), key.c_str(), nodeFromValue(value));
+    for (const auto& [key, value] : values) plist_dict_set_item(root.get(), key.c_str(), nodeFromPreferenceValue(value));
     char* xml = nullptr;
     std::uint32_t length = 0;
     plist_to_xml(root.get(), &xml, &length);
@@ -472,11 +400,11 @@ void PreferenceStore::writePending() {
     if (!diskReadable) {
         // The file was damaged: write everything this process holds.
         std::lock_guard lock(mutex_);
-        for (const auto& [key, value] : stored_) plist_dict_set_item(root.get(), key.c_str(), nodeFromValue(value));
+        for (const auto& [key, value] : stored_) plist_dict_set_item(root.get(), key.c_str(), nodeFromPreferenceValue(value));
     }
     for (const auto& [key, value] : changes) {
         if (value) {
-            plist_dict_set_item(root.get(), key.c_str(), nodeFromValue(*value));
+            plist_dict_set_item(root.get(), key.c_str(), nodeFromPreferenceValue(*value));
         } else if (plist_dict_get_item(root.get(), key.c_str()) != nullptr) {
             plist_dict_remove_item(root.get(), key.c_str());
         }

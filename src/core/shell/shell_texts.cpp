@@ -41,4 +41,39 @@ std::string_view captureInterruptedText(SettingsLanguage language) {
     return language == SettingsLanguage::ru ? "Клавиатура занята, не записано" : "Keyboard taken; not recorded";
 }
 
+SyncFolderTexts SyncFolderTexts::make(SettingsLanguage language) {
+    if (language == SettingsLanguage::ru) {
+        return SyncFolderTexts{
+            .folder = "Папка",
+            .choose = "Выбрать…",
+            .dialogTitle = "Синхронизируемая папка",
+            .notFound = "не найдена",
+            .nextLaunchNote = "Orvantis хранит свои файлы в папке «Orvantis» внутри неё. Без выбора берётся первая "
+                              "из ~/Nextcloud, ~/Dropbox, ~/Sync, ~/OneDrive. Выбранная папка действует со "
+                              "следующего запуска Orvantis.",
+            .chosenPrefix = "Со следующего запуска: ",
+            .dialogLookIn = "Где:",
+            .dialogFolder = "Папка:",
+            .dialogFileType = "Показывать:",
+            .dialogAccept = "Выбрать",
+            .dialogReject = "Отмена",
+        };
+    }
+    return SyncFolderTexts{
+        .folder = "Folder",
+        .choose = "Choose…",
+        .dialogTitle = "Synced Folder",
+        .notFound = "none found",
+        .nextLaunchNote = "Orvantis keeps its files in an “Orvantis” folder inside it. Without a choice, the first of "
+                          "~/Nextcloud, ~/Dropbox, ~/Sync and ~/OneDrive is used. A folder chosen here takes effect "
+                          "at the next launch of Orvantis.",
+        .chosenPrefix = "From the next launch: ",
+        .dialogLookIn = "Look in:",
+        .dialogFolder = "Folder:",
+        .dialogFileType = "Show:",
+        .dialogAccept = "Choose",
+        .dialogReject = "Cancel",
+    };
+}
+
 }  // namespace orvantis::shell

@@ -38,4 +38,21 @@ struct OnboardingTexts {
 /// the keyboard (or the window lost it); the capture is cancelled and nothing changed.
 std::string_view captureInterruptedText(SettingsLanguage language);
 
+/// Texts of the synced-folder row of the settings window, beyond the shared string record.
+struct SyncFolderTexts {
+    std::string_view folder;       ///< the row's label
+    std::string_view choose;       ///< the button that opens the folder dialog
+    std::string_view dialogTitle;  ///< the folder dialog's title
+    std::string_view notFound;     ///< in place of a path when no folder is in use
+    /// Under the row: where the files go, and that a new choice waits for the next launch.
+    std::string_view nextLaunchNote;
+    /// Before the path of a folder chosen in this run.
+    std::string_view chosenPrefix;
+    /// The folder dialog's own labels: the folder shown, the typed folder, the file-type row,
+    /// and its two buttons.
+    std::string_view dialogLookIn, dialogFolder, dialogFileType, dialogAccept, dialogReject;
+
+    static SyncFolderTexts make(SettingsLanguage language);
+};
+
 }  // namespace orvantis::shell
