@@ -465,7 +465,8 @@ TEST_F(AppDelegateTest, WithASyncedFolderTheSyncPollStartsRightAfterTheClipboard
     std::filesystem::create_directories(home_.path() / "Sync");
     syncHome_ = home_.path();
     launch();
-    EXPECT_THAT(takeRecord(), ElementsAre("watch", "tap hotkeys", "translation popup", "clipboard popup",
+    EXPECT_THAT(takeRecord(), ElementsAre("watch", "login item status", "tap hotkeys", "translation popup",
+                                          "clipboard popup",
                                           "every 500ms",   // 7: the clipboard is watched
                                           "every 5000ms",  // 8: sync pulls and polls the synced folder
                                           "focus commands listed", "sleep watched", "toast panel", "tap start"));
