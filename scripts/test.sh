@@ -25,8 +25,8 @@ echo "test.sh: built and tested in $SECONDS s"
 
 # The package builds in its own copy of the sources with its own flags, so nothing of the tree
 # above is reused. It builds after the tests, not beside them: the end-to-end tests leave the
-# processors half idle, but a build beside them made a timing-sensitive one fail (the password
-# field left alone in the gtk entry, whose accessibility answer came too late).
+# processors half idle, but with a build beside them a timing-sensitive one failed once (the
+# gtk password field that must be left alone was retyped).
 if ((package)); then
   started=$SECONDS
   if scripts/package.sh; then
