@@ -58,8 +58,8 @@ if ((stay)); then
   exit 0
 fi
 
-# Quit through the menu, as a user would: its only item fills it.
-xdotool mousemove $((MENU_X + MENU_W / 2)) $((MENU_Y + MENU_H / 2)) sleep 0.1 click 1
+# Quit through the menu, as a user would: Quit is its last item, at its bottom.
+xdotool mousemove $((MENU_X + MENU_W / 2)) $((MENU_Y + MENU_H - 12)) sleep 0.1 click 1
 wait_exit "$APP_PID" 10
 if [[ $EXIT_STATUS != 0 ]]; then
   echo "run.sh: Orvantis ended with status $EXIT_STATUS" >&2

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Installs the build into a temporary prefix and checks what a desktop finds there: the
 # program, the menu entry and metadata (through their validators), the icon, the manual page
-# against the program's --help, the completions in a scripted bash session, the licence.
+# against the program's --help, the completions in scripted bash and zsh sessions, the licence.
 #   install_tree_test.sh BUILD_DIR SOURCE_DIR
 set -uo pipefail
 
@@ -129,6 +129,21 @@ settings_count=$("$program" settings list | wc -l)
 [[ $(complete_words "$program" pomodoro st | sort | tr '\n' ' ') == "start status stop " ]] ||
   fail "bash completion of pomodoro st"
 zsh -n "$share/zsh/site-functions/_orvantis" || fail "zsh completion syntax"
+
+# The zsh completion, in an interactive zsh on a pseudo-terminal pressing Tab (zsh_complete.zsh).
+zsh_words() {
+  zsh -f "$source_dir/data/tests/zsh_complete.zsh" "$share/zsh/site-functions" "$prefix/bin" "$1"
+}
+words=$(zsh_words 'orvantis ') || fail "zsh completion did not run"
+for command in $(grep -o '^  orvantis [a-z-]*' <<<"$help" | awk '{print $2}' | sort -u); do
+  grep -qx -- "$command" <<<"$words" || fail "zsh completion does not offer the command $command"
+done
+[[ $(zsh_words 'orvantis settings get ') == "$("$program" settings list | cut -f1 | sort -u)" ]] ||
+  fail "zsh completion does not offer the $settings_count settings after 'settings get'"
+[[ $(zsh_words 'orvantis settings set switchD') == switchDelayMs ]] || fail "zsh completion of switchD"
+[[ $(zsh_words 'orvantis transform base64D') == base64Decode ]] || fail "zsh completion of base64D"
+[[ $(zsh_words 'orvantis pomodoro st' | tr '\n' ' ') == "start status stop " ]] ||
+  fail "zsh completion of pomodoro st"
 
 cmp -s "$source_dir/LICENSE" "$share/doc/orvantis/LICENSE" || fail "licence"
 
