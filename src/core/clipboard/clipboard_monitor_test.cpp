@@ -12,6 +12,7 @@
 #include "core/log/app_logger.h"
 #include "core/settings/app_settings.h"
 #include "core/settings/preference_store.h"
+#include "testing/recording_log_sink.h"
 #include "testing/test_support.h"
 
 #include "platform/sim/accessibility.h"
@@ -25,18 +26,6 @@ namespace {
 using namespace std::chrono_literals;
 namespace type = platform::pasteboard_type;
 using platform::PasteboardItem;
-
-class RecordingSink final : public SystemLogSink {
-public:
-    explicit RecordingSink(std::vector<std::string>& lines) : lines_(lines) {}
-    void log(Type type, std::string_view category, std::string_view message) override {
-        const char* name = type == Type::Debug ? "debug" : type == Type::Info ? "info" : "error";
-        lines_.push_back(std::string(name) + " " + std::string(category) + ": " + std::string(message));
-    }
-
-private:
-    std::vector<std::string>& lines_;
-};
 
 /// The frontmost application, as a test sets it.
 class FakeApplications final : public platform::Applications {
@@ -98,7 +87,7 @@ protected:
     PreferenceStore store_{dir_.path() / "preferences.plist", *prefsQueue_, nullptr};
     AppSettings settings_{store_};
     std::vector<std::string> logLines_;
-    AppLogger logger_{dir_.path() / "logs", *logQueue_, loop_, std::make_unique<RecordingSink>(logLines_)};
+    AppLogger logger_{dir_.path() / "logs", *logQueue_, loop_, std::make_unique<testing::RecordingLogSink>(logLines_)};
     sim::Pasteboard pasteboard_{100};
     FakeApplications applications_;
     std::unique_ptr<sim::TextField> field_;

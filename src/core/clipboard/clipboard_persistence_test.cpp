@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include "core/log/app_logger.h"
+#include "testing/recording_log_sink.h"
 #include "testing/test_support.h"
 
 #include "platform/sim/virtual_main_loop.h"
@@ -21,18 +22,6 @@ namespace {
 using namespace std::chrono_literals;
 
 /// Keeps every message that reaches the system log, as "type category: message".
-class RecordingSink final : public SystemLogSink {
-public:
-    explicit RecordingSink(std::vector<std::string>& lines) : lines_(lines) {}
-    void log(Type type, std::string_view category, std::string_view message) override {
-        const char* name = type == Type::Debug ? "debug" : type == Type::Info ? "info" : "error";
-        lines_.push_back(std::string(name) + " " + std::string(category) + ": " + std::string(message));
-    }
-
-private:
-    std::vector<std::string>& lines_;
-};
-
 class ClipboardPersistenceTest : public ::testing::Test {
 protected:
     ClipboardItem text(std::string t, bool pinned = false) {
@@ -54,7 +43,7 @@ protected:
     sim::VirtualMainLoop loop_;
     std::unique_ptr<platform::SerialQueue> logQueue_ = loop_.makeSerialQueue("log");
     std::vector<std::string> logLines_;
-    AppLogger logger_{dir_.path() / "logs", *logQueue_, loop_, std::make_unique<RecordingSink>(logLines_)};
+    AppLogger logger_{dir_.path() / "logs", *logQueue_, loop_, std::make_unique<testing::RecordingLogSink>(logLines_)};
     UuidGenerator ids_{11};
     double now_ = 815616000;
 };

@@ -18,6 +18,7 @@
 #include "core/log/app_logger.h"
 #include "core/settings/app_settings.h"
 #include "core/settings/preference_store.h"
+#include "testing/recording_log_sink.h"
 #include "testing/test_support.h"
 
 #include "platform/sim/virtual_main_loop.h"
@@ -29,18 +30,6 @@ namespace {
 
 using namespace std::chrono_literals;
 namespace fs = std::filesystem;
-
-class RecordingSink final : public SystemLogSink {
-public:
-    explicit RecordingSink(std::vector<std::string>& lines) : lines_(lines) {}
-    void log(Type type, std::string_view category, std::string_view message) override {
-        const char* name = type == Type::Debug ? "debug" : type == Type::Info ? "info" : "error";
-        lines_.push_back(std::string(name) + " " + std::string(category) + ": " + std::string(message));
-    }
-
-private:
-    std::vector<std::string>& lines_;
-};
 
 /// The real file system, with a full disk, a read-only share or a coarse date granule on demand.
 class ControllableFiles final : public LocalSyncFiles {
@@ -72,7 +61,7 @@ struct Machine {
     Machine(const fs::path& dir, const fs::path& home, sim::VirtualMainLoop& loop, const std::string& name)
         : logQueue(loop.makeSerialQueue("log-" + name)),
           writer(loop.makeSerialQueue("prefs-" + name)),
-          logger(dir / ("logs-" + name), *logQueue, loop, std::make_unique<RecordingSink>(lines)),
+          logger(dir / ("logs-" + name), *logQueue, loop, std::make_unique<testing::RecordingLogSink>(lines)),
           store(dir / (name + ".plist"), *writer, &logger.log()),
           settings(store),
           history(settings.clipboardHistorySize()),
