@@ -18,6 +18,7 @@
 #include <vector>
 
 #include <QAction>
+#include <QMenu>
 #include <QApplication>
 #include <QPlainTextEdit>
 #include <QPushButton>
@@ -761,6 +762,28 @@ TEST_F(AppDelegateTest, LaunchAtLoginRowRegistersAndUnregistersTheLoginItem) {
     EXPECT_FALSE(delegate_->settings()->launchAtLogin());
     EXPECT_FALSE(simLoginItem_.enabled());
     EXPECT_THAT(takeRecord(), ElementsAre("login item register", "login item unregister"));
+}
+
+TEST_F(AppDelegateTest, TheMenuFollowsALanguageWrittenByAnotherProcessOrASync) {
+    completeOnboarding();
+    launch();
+    QAction* quit = delegate_->menuBarController()->menuItem("menuQuitItem");
+    ASSERT_NE(quit, nullptr);
+    EXPECT_EQ(quit->text().toStdString(), "Quit Orvantis");
+    QMenu* before = delegate_->menuBarController()->menu();
+    // Written to the store alone, as `orvantis settings set` and a pull of the synced folder do:
+    // no save of the settings window announces it.
+    delegate_->settings()->set(settings::kSettingsLanguage, SettingsLanguage::ru);
+    QApplication::processEvents();
+    quit = delegate_->menuBarController()->menuItem("menuQuitItem");
+    ASSERT_NE(quit, nullptr);
+    EXPECT_EQ(quit->text().toStdString(), "Выйти из Orvantis");
+    // Another setting written later does not rebuild the menu again.
+    QMenu* rebuilt = delegate_->menuBarController()->menu();
+    EXPECT_NE(rebuilt, before);
+    delegate_->settings()->set(settings::kClipboardHistorySize, std::int64_t{30});
+    QApplication::processEvents();
+    EXPECT_EQ(delegate_->menuBarController()->menu(), rebuilt);
 }
 
 TEST_F(AppDelegateTest, AnAutostartEntryFoundAtLaunchTurnsThePreferenceOn) {

@@ -5,6 +5,7 @@
 #include <exception>
 #include <iostream>
 #include <utility>
+#include <vector>
 
 #include <QApplication>
 #include <QGuiApplication>
@@ -177,6 +178,10 @@ void AppDelegate::createMenuBar() {
         [this] { openSettings(); }, [this] { return settings_->launchAtLogin(); },
         // The login item follows the preference's every write.
         [this] { settings_->setLaunchAtLogin(!settings_->launchAtLogin()); }});
+    // The settings window's save announces a new language itself; the command line and a sync
+    // write only the store.
+    menuLanguage_ = settings_->store().onChange(
+        [this](const std::vector<std::string>&) { menuBarController_->followLanguage(); });
     if (!QSystemTrayIcon::isSystemTrayAvailable()) {
         logger_.log().app.info("menuBar: no system tray yet; the icon docks when one appears");
     }

@@ -136,6 +136,7 @@ private:
     std::unique_ptr<AppSettings> settings_;
     std::unique_ptr<LaunchAtLoginManager> launchAtLogin_;
     std::unique_ptr<ui::MenuBarController> menuBarController_;
+    Subscription menuLanguage_;  ///< the menu follows a language written by another process
     std::unique_ptr<LayoutSwitchingAssembly> layoutSwitching_;
     std::unique_ptr<TranslatorAssembly> translator_;
     std::unique_ptr<ClipboardAssembly> clipboard_;

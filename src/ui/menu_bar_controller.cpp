@@ -145,7 +145,8 @@ void MenuBarController::configureButton() {
 }
 
 void MenuBarController::buildMenu() {
-    const SettingsStrings strings = SettingsStrings::make(language_ ? language_() : SettingsLanguage::en);
+    builtLanguage_ = language_ ? language_() : SettingsLanguage::en;
+    const SettingsStrings strings = SettingsStrings::make(builtLanguage_);
     auto* menu = new QMenu;
     menu->setObjectName(QStringLiteral("statusMenu"));
     addShellItems(*menu, strings);
@@ -406,6 +407,12 @@ void MenuBarController::handleSettingsLanguageChanged() {
 }
 
 void MenuBarController::handleMenuBarNeedsRebuild() { buildMenu(); }
+
+void MenuBarController::followLanguage() {
+    QTimer::singleShot(0, this, [this] {
+        if (language_ && language_() != builtLanguage_) handleSettingsLanguageChanged();
+    });
+}
 
 QAction* MenuBarController::menuItem(const char* name) const {
     const QString wanted = QString::fromLatin1(name);

@@ -102,6 +102,12 @@ public:
     /// Installs the rows and rebuilds the menu and the icon.
     void setSystemUtilityRows(SystemUtilityRows rows);
 
+    /// Rebuilds the menu, as a language change does, if the interface language is no longer the
+    /// one the menu was built in: a change that came from the command line or a sync rather than
+    /// from a save of the settings window. Checked one turn later, so a save, which announces its
+    /// own change, rebuilds once.
+    void followLanguage();
+
     /// What the icon shows now.
     enum class StatusIcon { keyboard, permissionsRequired, noOppositeSource, pomodoro, caffeine };
     StatusIcon statusIcon() const { return statusIcon_; }
@@ -129,6 +135,7 @@ private:
     void toggleLaunchAtLogin();
 
     std::function<SettingsLanguage()> language_;
+    SettingsLanguage builtLanguage_ = SettingsLanguage::en;  ///< the language of the current menu
     std::function<void()> quit_;
     std::function<void()> openAccessibilitySettings_;
     SystemUtilityRows utilityRows_;
