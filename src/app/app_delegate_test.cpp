@@ -708,6 +708,27 @@ TEST_F(AppDelegateTest, TheSettingsRowOpensTheSettingsWindowAndRaisesTheOneOpen)
     EXPECT_EQ(opened, 1);
 }
 
+TEST_F(AppDelegateTest, TheSettingsWindowOpenedAgainInTheTurnItClosedIsANewOneThatStays) {
+    completeOnboarding();
+    launch();
+    ui::MenuBarController& menu = *delegate_->menuBarController();
+    menu.menuItem("menuSettingsItem")->trigger();
+    auto* first = delegate_->settingsWindow()->window();
+    ASSERT_NE(first, nullptr);
+    first->close();
+    EXPECT_EQ(delegate_->settingsWindow()->window(), nullptr);
+    menu.menuItem("menuSettingsItem")->trigger();
+    auto* second = delegate_->settingsWindow()->window();
+    ASSERT_NE(second, nullptr);
+    QApplication::processEvents();  // the closed window is dropped
+    EXPECT_EQ(delegate_->settingsWindow()->window(), second);
+    EXPECT_TRUE(second->isVisible());
+    second->close();
+    // The program ends in the turn the window closed: the waiting drop goes with its owner.
+    delegate_.reset();
+    QApplication::processEvents();
+}
+
 TEST_F(AppDelegateTest, TheAboutPagesFeedbackButtonOpensOneWindowThatSendsWithTheDiagnostics) {
     completeOnboarding();
     launch();

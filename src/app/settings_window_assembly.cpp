@@ -222,9 +222,11 @@ void SettingsWindowAssembly::openSettings() {
     ui.openFeedback = [this] { feedback_->openFeedback(); };
     if (auto* sync = collaborators_.sync; sync && sync->folderURL()) ui.syncFolder = sync->folderURL()->string();
     window_ = std::make_unique<ui::SettingsWindowController>(services_.settings, std::move(ui), [this] {
-        // Dropped one turn later: the window is still inside its own close event.
-        QTimer::singleShot(0, [this] {
-            window_.reset();
+        // Dropped one turn later: the window is still inside its own close event. It stops being
+        // the open window now, so that opening again within this turn makes a new one.
+        closing_.push_back(std::move(window_));
+        QTimer::singleShot(0, &dropContext_, [this] {
+            closing_.clear();
             // What the window leaves behind: the icons it drew, the holes its widgets leave all
             // over the heap, and the pages of its code, which the next opening maps again.
             QPixmapCache::clear();

@@ -5,6 +5,8 @@
 #include <set>
 #include <vector>
 
+#include <QObject>
+
 #include "app/app_services.h"
 
 namespace orvantis {
@@ -70,9 +72,14 @@ private:
     SettingsWindowCollaborators collaborators_;
     std::unique_ptr<FeedbackAssembly> feedback_;
     std::unique_ptr<ui::SettingsWindowController> window_;
+    /// Windows closed in this turn, dropped in the next.
+    std::vector<std::unique_ptr<ui::SettingsWindowController>> closing_;
     bool monitorWasRunning_ = false;
     /// The broken desktop files already in the log: each is reported once per run.
     std::set<std::filesystem::path> reportedDesktopFiles_;
+    /// The context of the turn-later drop of a closed window: ends first, which cancels a drop
+    /// still waiting when the assembly goes.
+    QObject dropContext_;
 };
 
 }  // namespace orvantis::app
